@@ -1,0 +1,1 @@
+# Install rules: libraries, headers under include/, and the CMake package "KvPlanData".

@@ -1,0 +1,46 @@
+# What every target of this project shares: language level, visibility, warnings, sanitizers.
+
+include(GenerateExportHeader)
+include(GNUInstallDirs)
+
+function(kv_target_defaults target)
+    target_compile_features(${target} PUBLIC cxx_std_17)
+    set_target_properties(${target} PROPERTIES
+        CXX_EXTENSIONS OFF
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON
+        POSITION_INDEPENDENT_CODE ON
+        AUTOMOC ON)
+    target_compile_definitions(${target} PRIVATE
+        QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CAST_FROM_BYTEARRAY QT_NO_URL_CAST_FROM_STRING
+        QT_NO_FOREACH QT_NO_KEYWORDS
+        QT_DEPRECATED_WARNINGS QT_DISABLE_DEPRECATED_BEFORE=0x050F00)
+    if(MSVC)
+        target_compile_options(${target} PRIVATE /W4 /utf-8 $<$<BOOL:${KVPLANDATA_WERROR}>:/WX>)
+    else()
+        target_compile_options(${target} PRIVATE
+            -Wall -Wextra -Wpedantic -Wconversion -Wshadow $<$<BOOL:${KVPLANDATA_WERROR}>:-Werror>)
+        if(KVPLANDATA_SANITIZE)
+            target_compile_options(${target} PRIVATE -fsanitize=${KVPLANDATA_SANITIZE} -fno-omit-frame-pointer
+                -fno-sanitize-recover=all)
+            target_link_options(${target} PRIVATE -fsanitize=${KVPLANDATA_SANITIZE})
+        endif()
+    endif()
+endfunction()
+
+# One of the product's dynamic libraries: versioned, with a generated export header <name>/<name>Export.h.
+function(kv_add_shared_library name)
+    cmake_parse_arguments(arg "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+    add_library(${name} SHARED ${arg_SOURCES})
+    add_library(KvPlanData::${name} ALIAS ${name})
+    kv_target_defaults(${name})
+    set_target_properties(${name} PROPERTIES
+        VERSION ${PROJECT_VERSION}
+        SOVERSION ${PROJECT_VERSION_MAJOR})
+    target_link_libraries(${name} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
+    generate_export_header(${name} EXPORT_FILE_NAME "${CMAKE_CURRENT_BINARY_DIR}/include/${name}/${name}Export.h")
+    target_include_directories(${name} PUBLIC
+        $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>
+        $<BUILD_INTERFACE:${CMAKE_CURRENT_BINARY_DIR}/include>
+        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+endfunction()
