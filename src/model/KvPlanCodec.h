@@ -1,1 +1,32 @@
 #pragma once
+
+#include <model/KvPlanRecords.h>
+
+#include <QtCore/QJsonObject>
+
+/// Conversion between the records and the JSON of the task service.
+///
+/// Readers never fail: a missing or mistyped key reads as empty, 0, 0.0 or false, whatever the record's own
+/// default is. Writers leave unset values out. Several keys differ between the two directions, because the
+/// service names or types the same data differently when it sends it and when it takes it.
+namespace Kv {
+
+class KvDecodePool;
+
+void jsonObjectToPlan(const QJsonObject& in, KvPlan& out);
+void planToJsonObject(const KvPlan& in, QJsonObject& out);
+
+void jsonObjectToPlanNode(const QJsonObject& in, KvPlanNode& out);
+/// The same for one node of many: text and dates that repeat from node to node are kept once in @p pool.
+void jsonObjectToPlanNode(const QJsonObject& in, KvPlanNode& out, KvDecodePool& pool);
+void planNodeToJsonObject(const KvPlanNode& in, QJsonObject& out, bool withId);
+
+KvPlanPredecessor jsonObjectToPredecessor(const QJsonObject& in);
+QJsonObject predecessorToJsonObject(const KvPlanPredecessor& in);
+
+KvDuration jsonObjectToDuration(const QJsonObject& in);
+QJsonObject durationToJsonObject(const KvDuration& in);
+
+KvDocument jsonObjectToDocument(const QJsonObject& in);
+
+} // namespace Kv
