@@ -1,0 +1,96 @@
+#include <KvPublicFun/KvPub.h>
+
+#include <QtCore/QCollator>
+#include <QtCore/QLocale>
+#include <QtCore/QVarLengthArray>
+
+namespace {
+
+using Text = QVarLengthArray<QChar, 256>;
+
+/// A collator is costly to build and not safe to share between threads, so each thread keeps one for each
+/// case sensitivity, until the default locale changes.
+QCollator& collatorFor(Qt::CaseSensitivity cs)
+{
+    struct Kept
+    {
+        QLocale locale;
+        QCollator collator;
+    };
+    const auto make = [](const QLocale& locale, Qt::CaseSensitivity sensitivity) {
+        Kept kept{locale, QCollator(locale)};
+        kept.collator.setCaseSensitivity(sensitivity);
+        return kept;
+    };
+    const QLocale locale = QLocale().collation();
+    thread_local Kept sensitive = make(locale, Qt::CaseSensitive);
+    thread_local Kept insensitive = make(locale, Qt::CaseInsensitive);
+    Kept& kept = cs == Qt::CaseSensitive ? sensitive : insensitive;
+    if (kept.locale != locale)
+        kept = make(locale, cs);
+    return kept.collator;
+}
+
+void appendNumber(Text& out, int number, int digits)
+{
+    int divisor = 1;
+    for (int i = 1; i < digits; ++i)
+        divisor *= 10;
+    for (; divisor > 0; divisor /= 10)
+        out.append(QChar(ushort('0' + number / divisor % 10)));
+}
+
+/// Puts the number of digits in front of a run of digits, itself such that a longer run sorts behind a
+/// shorter one digit by digit: 0 to 8 digits take one character, more take a nine, the length of the length,
+/// the length.
+void appendLength(Text& out, int length)
+{
+    if (length <= 8) {
+        appendNumber(out, length, 1);
+        return;
+    }
+    int digitsOfLength = 1;
+    for (int rest = length / 10; rest > 0; rest /= 10)
+        ++digitsOfLength;
+    appendNumber(out, 9, 1);
+    appendNumber(out, digitsOfLength - 1, 1);
+    appendNumber(out, length, digitsOfLength);
+}
+
+/// Rewrites a text so that plain comparison orders its numbers by value. QCollator's own numeric mode does
+/// not do: it is ignored in the C locale, and elsewhere it breaks up numbers beyond some length.
+void makeComparable(const QString& text, Text& out)
+{
+    const QChar* at = text.constData();
+    const QChar* const end = at + text.size();
+    while (at != end) {
+        if (!at->isDigit()) {
+            out.append(*at++);
+            continue;
+        }
+        while (at != end && at->digitValue() == 0)
+            ++at;
+        const QChar* const first = at;
+        while (at != end && at->isDigit())
+            ++at;
+        appendLength(out, static_cast<int>(at - first));
+        for (const QChar* digit = first; digit != at; ++digit)
+            appendNumber(out, digit->digitValue(), 1);
+    }
+}
+
+} // namespace
+
+namespace KvPub {
+
+bool naturalSort(const QString& a, const QString& b, Qt::CaseSensitivity cs)
+{
+    Text comparableA;
+    Text comparableB;
+    makeComparable(a, comparableA);
+    makeComparable(b, comparableB);
+    return collatorFor(cs).compare(comparableA.constData(), comparableA.size(), comparableB.constData(),
+                                   comparableB.size()) < 0;
+}
+
+} // namespace KvPub
