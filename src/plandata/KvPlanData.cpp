@@ -24,9 +24,10 @@ void KvPlanData::clear()
 
 bool KvPlanData::getPlanById(const QString& id, KvPlan& plan)
 {
-    if (!Kv::requestPlanById(id, plan))
+    const QString requested = id; // `id` may be the caller's plan.id, which the reply overwrites
+    if (!Kv::requestPlanById(requested, plan))
         return false;
-    m_planCache.insert(id, plan);
+    m_planCache.insert(requested, plan);
     // By the id inside the plan, which the service may give differently from the one it was asked for.
     m_planDetailLoaded.insert(plan.id, true);
     return true;
@@ -48,9 +49,10 @@ bool KvPlanData::getPlanNodeFromCacheById(const QString& id, KvPlanNode& node)
         node = *cached;
         return true;
     }
-    if (!Kv::requestPlanNodeById(id, node))
+    const QString requested = id; // `id` may be the caller's node.id, which the reply overwrites
+    if (!Kv::requestPlanNodeById(requested, node))
         return false;
-    m_planNodeCache.insert(id, node);
+    m_planNodeCache.insert(requested, node);
     return true;
 }
 
