@@ -1,0 +1,9 @@
+#pragma once
+
+#include <model/KvPlanRecords.h>
+
+#include <QtCore/QJsonObject>
+
+/// A record as JSON for programs: every field under its own name, dates in ISO 8601, null where not set.
+QJsonObject planToJson(const KvPlan& plan);
+QJsonObject nodeToJson(const KvPlanNode& node);

@@ -1,0 +1,60 @@
+#include "Session.h"
+#include "ShowCommand.h"
+
+#include <QtCore/QCoreApplication>
+
+namespace {
+
+struct Command
+{
+    const char* name;
+    const char* summary;
+    int (*run)(const QStringList& arguments);
+};
+
+const Command commands[] = {
+    {"show", "one plan and its tasks", runShow},
+};
+
+QString help()
+{
+    QString text =
+        QStringLiteral("Usage: kvplan COMMAND [OPTIONS]\n\nReads schedule data from the schedule service.\n\n"
+                       "Commands:\n");
+    for (const Command& command : commands)
+        text += QStringLiteral("  %1  %2\n")
+                    .arg(QLatin1String(command.name), -8)
+                    .arg(QLatin1String(command.summary));
+    text += QStringLiteral(
+        "\n\"kvplan COMMAND --help\" shows a command's options. KV_BASE_API, KV_PROJECT_ID,\n"
+        "KV_ACCESS_TOKEN and KV_NETWORK_TIMEOUT_MS stand in for those left out.\n\n"
+        "Exit status: 0 done, 1 the service did not do it, 2 wrong usage, 3 output not written.\n");
+    return text;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("kvplan"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(KVPLAN_VERSION));
+
+    QStringList arguments = QCoreApplication::arguments().mid(1);
+    if (arguments.isEmpty()) {
+        complain(QStringLiteral("which command? \"kvplan --help\" lists them"));
+        return WrongUsage;
+    }
+    const QString name = arguments.takeFirst();
+    if (name == QLatin1String("--help") || name == QLatin1String("-h"))
+        return say(help()) ? Success : OutputFailed;
+    if (name == QLatin1String("--version"))
+        return say(QStringLiteral("kvplan %1\n").arg(QCoreApplication::applicationVersion())) ? Success
+                                                                                              : OutputFailed;
+    for (const Command& command : commands) {
+        if (name == QLatin1String(command.name))
+            return command.run(arguments);
+    }
+    complain(QStringLiteral("there is no command \"%1\"; \"kvplan --help\" lists them").arg(name));
+    return WrongUsage;
+}
