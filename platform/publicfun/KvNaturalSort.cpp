@@ -18,11 +18,11 @@ QCollator& collatorFor(Qt::CaseSensitivity cs)
         QCollator collator;
     };
     const auto make = [](const QLocale& locale, Qt::CaseSensitivity sensitivity) {
-        Kept kept{locale, QCollator(locale)};
+        Kept kept{locale, QCollator(locale.collation())};
         kept.collator.setCaseSensitivity(sensitivity);
         return kept;
     };
-    const QLocale locale = QLocale().collation();
+    const QLocale locale;
     thread_local Kept sensitive = make(locale, Qt::CaseSensitive);
     thread_local Kept insensitive = make(locale, Qt::CaseInsensitive);
     Kept& kept = cs == Qt::CaseSensitive ? sensitive : insensitive;
