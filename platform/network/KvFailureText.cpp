@@ -1,0 +1,150 @@
+#include "KvFailureText.h"
+
+#include "KvUrlText.h"
+
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtNetwork/QNetworkReply>
+#include <QtNetwork/QNetworkRequest>
+
+namespace KvFailureText {
+
+namespace {
+
+// Error bodies are a few hundred bytes; a larger one is no message for people.
+constexpr int longestErrorBody = 64 * 1024;
+
+QString advice(int status)
+{
+    if (status >= 300 && status < 400)
+        return QStringLiteral("; check the base address");
+    if (status == 401)
+        return QStringLiteral("; check the access token");
+    if (status == 403)
+        return QStringLiteral("; the user has no right to this");
+    if (status >= 500)
+        return QStringLiteral("; look into the service's log");
+    return {};
+}
+
+} // namespace
+
+QString oneLine(const QString& text, int maximum)
+{
+    // Cut first: a hostile text may be megabytes long.
+    QString line = text.left(maximum + 1);
+    for (QChar& c : line) {
+        const bool isControl = c.category() == QChar::Other_Control || c.category() == QChar::Other_Format ||
+                               c.category() == QChar::Separator_Line ||
+                               c.category() == QChar::Separator_Paragraph;
+        if (isControl)
+            c = QLatin1Char(' ');
+    }
+    if (line.size() > maximum) {
+        line.truncate(maximum - 1);
+        if (line.at(line.size() - 1).isHighSurrogate())
+            line.chop(1);
+        line += QChar(0x2026);
+    }
+    return line.simplified();
+}
+
+QString serviceError(const QByteArray& body)
+{
+    if (body.size() > longestErrorBody)
+        return {};
+    const QJsonObject error = QJsonDocument::fromJson(body).object().value(QLatin1String("error")).toObject();
+    const QString message = oneLine(error.value(QLatin1String("message")).toString());
+    const QString code = oneLine(error.value(QLatin1String("code")).toVariant().toString(), 60);
+    const QString field = oneLine(error.value(QLatin1String("field")).toString(), 60);
+    QString text = message.isEmpty() ? code : message;
+    if (!message.isEmpty() && !code.isEmpty())
+        text += QLatin1String(" (") + code + QLatin1Char(')');
+    if (!text.isEmpty() && !field.isEmpty())
+        text += QLatin1String(", field ") + field;
+    return text;
+}
+
+QString unreachable(const QNetworkReply& reply)
+{
+    return QStringLiteral(
+               "cannot reach %1: %2; check that the service runs and that the base address is right")
+        .arg(KvUrlText::origin(reply.request().url()), oneLine(reply.errorString()));
+}
+
+QString untrusted(const QNetworkReply& reply, const QString& certificateFaults)
+{
+    return QStringLiteral("no secure connection to %1: %2")
+        .arg(KvUrlText::origin(reply.request().url()),
+             oneLine(certificateFaults.isEmpty() ? reply.errorString() : certificateFaults, 300));
+}
+
+QString httpStatus(const QNetworkReply& reply, int status, const QByteArray& body)
+{
+    QString text = QStringLiteral("the service answered %1").arg(status);
+    const QString ownWords = serviceError(body);
+    if (!ownWords.isEmpty())
+        return text + QLatin1String(": ") + ownWords + advice(status);
+    const QString reason = oneLine(reply.attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString());
+    if (!reason.isEmpty())
+        text += QLatin1Char(' ') + reason;
+    // A followed redirect that went wrong has its cause in the error alone.
+    if (reply.error() == QNetworkReply::TooManyRedirectsError)
+        text += QStringLiteral(", redirected too often");
+    else if (reply.error() == QNetworkReply::InsecureRedirectError)
+        text += QStringLiteral(", redirected to another origin");
+    return text + advice(status);
+}
+
+QString connectionLost(const QNetworkReply& reply, qint64 received)
+{
+    return QStringLiteral("the connection to %1 was lost after %2 bytes of the reply; try again")
+        .arg(KvUrlText::origin(reply.request().url()))
+        .arg(received);
+}
+
+QString notHttp(const QNetworkReply& reply)
+{
+    return QStringLiteral("%1 does not answer in HTTP; check the base address")
+        .arg(KvUrlText::origin(reply.request().url()));
+}
+
+QString unusableAddress(const QString& scheme)
+{
+    const QString fault =
+        scheme.isEmpty() ? QStringLiteral("no base address is set")
+                         : QStringLiteral("the base address begins with \"%1:\"").arg(oneLine(scheme, 40));
+    return fault + QStringLiteral("; set one that begins with http:// or https:// (KV_BASE_API)");
+}
+
+QString idleTimeout(int milliseconds)
+{
+    return QStringLiteral(
+               "the service sent nothing for %1 ms; try again, or allow more time (KV_NETWORK_TIMEOUT_MS)")
+        .arg(milliseconds);
+}
+
+QString totalTimeout(int milliseconds)
+{
+    return QStringLiteral("the reply was not complete after %1 ms; ask for less at a time").arg(milliseconds);
+}
+
+QString tooLarge(qint64 limit)
+{
+    return QStringLiteral("the reply is larger than %1 bytes; ask for less at a time").arg(limit);
+}
+
+QString withoutSecrets(const QString& text, const QNetworkRequest& request)
+{
+    QString clean = text;
+    const QByteArray authorization = request.rawHeader("Authorization");
+    const QString token = QString::fromLatin1(authorization.mid(authorization.indexOf(' ') + 1));
+    const QString password = request.url().password();
+    for (const QString& secret : {token, password}) {
+        if (!secret.isEmpty())
+            clean.replace(secret, QLatin1String("***"));
+    }
+    return clean;
+}
+
+} // namespace KvFailureText
