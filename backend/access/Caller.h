@@ -1,0 +1,33 @@
+#pragma once
+
+#include "../store/Store.h"
+
+namespace PlanService {
+
+/// Who asks, and what they may do.
+class Caller
+{
+public:
+    /// Reads the "Authorization" header against the tokens. While no token was ever created everybody is the
+    /// local user with every right. Throws ApiError 401 for a missing, unknown or revoked token.
+    static Caller fromAuthorization(const QByteArray& authorization, Store& store);
+    /// For endpoints that ask for nothing.
+    static Caller anybody() { return Caller(); }
+
+    /// Empty for the local user of a service without tokens.
+    const QString& userId() const { return m_userId; }
+
+    /// Throws ApiError 403 naming right and project unless the caller may read everything there, or reads
+    /// only their own and is among the owners.
+    void requireRead(const Ownership& what) const;
+
+private:
+    Caller() = default;
+    RightsRecord rightsIn(const QString& projectId, const QString& category) const;
+
+    bool m_mayEverything = false;
+    QString m_userId;
+    QList<RightsRecord> m_rights;
+};
+
+} // namespace PlanService

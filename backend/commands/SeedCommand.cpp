@@ -1,0 +1,59 @@
+#include "../json/JsonWriter.h"
+#include "../store/OpenStore.h"
+#include "SampleOptionsText.h"
+
+namespace PlanService {
+
+namespace {
+
+void report(const SampleProject& project, int nodes, bool added, bool asJson)
+{
+    const PlanRecord& plan = project.plan();
+    if (asJson) {
+        JsonWriter json;
+        json.beginObject();
+        json.key("projectId").text(plan.projectId);
+        json.key("category").text(plan.category);
+        json.key("planId").text(plan.id);
+        json.key("name").text(plan.name);
+        json.key("nodes").number(nodes);
+        json.key("added").flag(added);
+        json.endObject();
+        print(json.result() + '\n');
+        return;
+    }
+    print(QStringLiteral("project %1, plan %2 \"%3\", %4 nodes%5\n")
+              .arg(plan.projectId, plan.id, plan.name)
+              .arg(nodes)
+              .arg(added ? QString() : QStringLiteral(" (already there)")));
+}
+
+} // namespace
+
+int runSeed(const QStringList& arguments)
+{
+    Options options(
+        QStringLiteral("seed"),
+        QStringLiteral("Puts a sample project into a database, which is created when missing. Either the "
+                       "whole project goes in or nothing. The same options give the same project."));
+    options.add(QStringLiteral("database"), QStringLiteral("The database file."), QStringLiteral("FILE"));
+    addSampleOptions(options);
+    options.add(QStringLiteral("if-missing"),
+                QStringLiteral("Succeed without a change when the plan is already there."));
+    options.add(QStringLiteral("json"), QStringLiteral("Print the summary as one JSON object."));
+    if (!options.parse(arguments)) {
+        return 0;
+    }
+    const QString database = options.required(QStringLiteral("database"));
+    const SampleProject project(readSampleOptions(options));
+    const auto store = openStore(database, MissingDatabase::Create);
+    const bool there = store->planOwnership(project.plan().id).has_value();
+    const bool add = !there || !options.has(QStringLiteral("if-missing"));
+    if (add) {
+        seedStore(project, *store);
+    }
+    report(project, store->planNodeCount(project.plan().id), add, options.has(QStringLiteral("json")));
+    return 0;
+}
+
+} // namespace PlanService

@@ -1,0 +1,93 @@
+#include "../endpoints/Endpoints.h"
+#include "../http/AccessLog.h"
+#include "../http/Service.h"
+#include "../store/OpenStore.h"
+#include "Commands.h"
+
+namespace PlanService {
+
+namespace {
+
+constexpr std::size_t longestQueue = 4096;
+
+void addServeOptions(Options& options)
+{
+    options.add(QStringLiteral("database"), QStringLiteral("The database file."), QStringLiteral("FILE"));
+    options.add(QStringLiteral("create"), QStringLiteral("Create the database when the file is missing."));
+    options.add(QStringLiteral("listen"),
+                QStringLiteral("Address to listen on. Without tokens only a loopback address is accepted."),
+                QStringLiteral("ADDRESS"), QStringLiteral("127.0.0.1"));
+    options.add(QStringLiteral("port"), QStringLiteral("Port; 0 takes a free one."), QStringLiteral("N"),
+                QStringLiteral("8700"));
+    options.add(QStringLiteral("workers"), QStringLiteral("Threads that use the database."),
+                QStringLiteral("N"), QStringLiteral("4"));
+    options.add(QStringLiteral("threads"), QStringLiteral("Threads that do HTTP."), QStringLiteral("N"),
+                QStringLiteral("2"));
+    options.add(QStringLiteral("log"),
+                QStringLiteral("Append the access log to this file instead of stderr."),
+                QStringLiteral("FILE"));
+    options.add(QStringLiteral("max-body"), QStringLiteral("Largest request body in bytes."),
+                QStringLiteral("N"), QStringLiteral("16777216"));
+    options.add(QStringLiteral("read-timeout"),
+                QStringLiteral("Seconds a client has for a whole request, and may stay silent between two."),
+                QStringLiteral("N"), QStringLiteral("30"));
+}
+
+bool isLoopback(const QString& address)
+{
+    return address == QLatin1String("localhost") || address == QLatin1String("::1") ||
+           address.startsWith(QLatin1String("127."));
+}
+
+} // namespace
+
+int runServe(const QStringList& arguments)
+{
+    Options options(QStringLiteral("serve"), QStringLiteral("Answers requests until SIGTERM or Ctrl+C."));
+    addServeOptions(options);
+    if (!options.parse(arguments)) {
+        return 0;
+    }
+    const QString database = options.required(QStringLiteral("database"));
+    HttpSettings settings;
+    settings.address = options.text(QStringLiteral("listen"));
+    settings.port = static_cast<quint16>(options.number(QStringLiteral("port"), 0, 65535));
+    settings.threads = options.number(QStringLiteral("threads"), 1, 64);
+    settings.largestBody = static_cast<std::size_t>(options.number(QStringLiteral("max-body"), 1, 1 << 30));
+    settings.readTimeout = std::chrono::seconds(options.number(QStringLiteral("read-timeout"), 1, 3600));
+    const int workerCount = options.number(QStringLiteral("workers"), 1, 64);
+
+    AccessLog log(options.text(QStringLiteral("log")));
+    {
+        const auto store =
+            openStore(database, options.has(QStringLiteral("create")) ? MissingDatabase::Create
+                                                                      : MissingDatabase::Refuse);
+        if (!store->hasTokens() && !isLoopback(settings.address)) {
+            throw Failure(
+                QStringLiteral("refusing to listen on %1 without tokens, everybody could read everything; "
+                               "create one with planservice token create, or listen on 127.0.0.1")
+                    .arg(settings.address));
+        }
+    }
+    const Router router(serviceRoutes());
+    WorkerPool workers(workerCount, longestQueue,
+                       [database] { return openStore(database, MissingDatabase::Refuse); });
+    Service service(router, workers, log);
+    HttpServer server(
+        settings,
+        [&service](Request&& request, Respond&& respond) {
+            service.handle(std::move(request), std::move(respond));
+        },
+        log);
+    const bool ipv6 = settings.address.contains(QLatin1Char(':'));
+    print((ipv6 ? QStringLiteral("planservice listening on http://[%1]:%2/\n")
+                : QStringLiteral("planservice listening on http://%1:%2/\n"))
+              .arg(settings.address)
+              .arg(server.port()));
+    server.run();
+    // Jobs that outlived the stop's patience still hold on to the server.
+    workers.finish();
+    return 0;
+}
+
+} // namespace PlanService

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "../http/Router.h"
+
+namespace PlanService {
+
+/// Every path and method of the service.
+const std::vector<Route>& serviceRoutes();
+
+Reply getHealth(const Call& call);
+Reply getPlan(const Call& call);
+Reply getPlanNode(const Call& call);
+Reply getUserSetting(const Call& call);
+Reply putUserSetting(const Call& call);
+
+} // namespace PlanService

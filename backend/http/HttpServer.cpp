@@ -1,0 +1,289 @@
+// The only file that sees the HTTP library; its headers take long to compile.
+
+#include "HttpServer.h"
+
+#include "../Failure.h"
+#include "AccessLog.h"
+#include "ServiceSocket.h"
+
+#include <atomic>
+#include <csignal>
+#include <thread>
+
+namespace PlanService {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+struct ServerTraits
+    : restinio::traits_t<restinio::asio_timer_manager_t, ParserLog, restinio::default_request_handler_t,
+                         restinio::default_strand_t, ServiceSocket>
+{
+};
+
+/// One piece of a reply's body, shared with whoever else holds it.
+struct BodyPiece
+{
+    QByteArray bytes;
+    const char* data() const noexcept { return bytes.constData(); }
+    std::size_t size() const noexcept { return static_cast<std::size_t>(bytes.size()); }
+};
+
+asio::ip::address addressFrom(const QString& text)
+{
+    asio::error_code error;
+    const auto address =
+        asio::ip::make_address(text == QLatin1String("localhost") ? "127.0.0.1" : text.toStdString(), error);
+    if (error) {
+        throw Failure(QStringLiteral("'%1' is not an IP address; try 127.0.0.1").arg(text));
+    }
+    return address;
+}
+
+ApiError refusal(const std::string& message)
+{
+    const auto has = [&](const char* name) {
+        return message.find(name) != std::string::npos;
+    };
+    if (has("HPE_CB_url")) {
+        return {414, QStringLiteral("urlTooLong"),
+                QStringLiteral("the URL is longer than this service accepts")};
+    }
+    if (has("HPE_CB_headers_complete") || has("HPE_CB_body")) {
+        return {413, QStringLiteral("bodyTooLarge"),
+                QStringLiteral("the body is larger than this service accepts")};
+    }
+    if (has("HPE_CB_header_field") || has("HPE_CB_header_value") || has("HPE_HEADER_OVERFLOW")) {
+        return {431, QStringLiteral("headersTooLarge"),
+                QStringLiteral("the headers are longer or more than this service accepts")};
+    }
+    return {400, QStringLiteral("malformedRequest"), QStringLiteral("the request is not well-formed HTTP")};
+}
+
+} // namespace
+
+QByteArray reasonPhrase(int status)
+{
+    switch (status) {
+    case 200:
+        return "OK";
+    case 400:
+        return "Bad Request";
+    case 401:
+        return "Unauthorized";
+    case 403:
+        return "Forbidden";
+    case 404:
+        return "Not Found";
+    case 405:
+        return "Method Not Allowed";
+    case 413:
+        return "Payload Too Large";
+    case 414:
+        return "URI Too Long";
+    case 431:
+        return "Request Header Fields Too Large";
+    case 503:
+        return "Service Unavailable";
+    default:
+        return status < 500 ? "Error" : "Internal Server Error";
+    }
+}
+
+void ParserLog::note(const std::string& message) const
+{
+    if (message.find("parser error") == std::string::npos) {
+        return;
+    }
+    const Reply reply = refusal(message).reply();
+    const QByteArray body = reply.body.constFirst();
+    pendingRejection() = {reply.status,
+                          "HTTP/1.1 " + QByteArray::number(reply.status) + ' ' + reasonPhrase(reply.status) +
+                              "\r\nContent-Type: application/json; charset=utf-8\r\nContent-Length: " +
+                              QByteArray::number(body.size()) + "\r\nConnection: close\r\n\r\n" + body,
+                          m_log};
+}
+
+class HttpServer::Private
+{
+public:
+    Private(const HttpSettings& settings, RequestHandler handler, AccessLog& log)
+        : m_settings(settings)
+        , m_handler(std::move(handler))
+        , m_log(log)
+        , m_server(restinio::external_io_context(m_context), serverSettings())
+        , m_signals(m_context)
+        , m_stopTimer(m_context)
+    {
+        try {
+            m_server.open_sync();
+        } catch (const std::exception& error) {
+            throw Failure(
+                QStringLiteral(
+                    "cannot listen on %1, port %2: %3; is another program using it? try another --port")
+                    .arg(settings.address)
+                    .arg(settings.port)
+                    .arg(QString::fromLocal8Bit(error.what())));
+        }
+        m_signals.add(SIGTERM);
+        m_signals.add(SIGINT);
+        m_signals.async_wait([this](const asio::error_code& error, int) {
+            if (!error) {
+                stop();
+            }
+        });
+    }
+
+    quint16 port() const { return m_port; }
+
+    void run()
+    {
+        std::vector<std::thread> threads;
+        for (int i = 1; i < m_settings.threads; ++i) {
+            threads.emplace_back([this] { m_context.run(); });
+        }
+        m_context.run();
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+    }
+
+private:
+    restinio::server_settings_t<ServerTraits> serverSettings()
+    {
+        restinio::server_settings_t<ServerTraits> settings;
+        const asio::ip::address address = addressFrom(m_settings.address);
+        settings.address(address)
+            .protocol(address.is_v6() ? asio::ip::tcp::v6() : asio::ip::tcp::v4())
+            .port(m_settings.port)
+            .logger(m_log)
+            .read_next_http_message_timelimit(m_settings.readTimeout)
+            .handle_request_timeout(m_settings.replyTimeout)
+            .write_http_response_timelimit(m_settings.replyTimeout)
+            // Further requests of a connection wait in its socket: replies go out in order, a client that
+            // sends without reading is slowed down, and a malformed request never overtakes a good one.
+            .max_pipelined_requests(1)
+            .buffer_size(16 * 1024)
+            .incoming_http_msg_limits(restinio::incoming_http_msg_limits_t{}
+                                          .max_url_size(m_settings.largestTarget)
+                                          .max_field_name_size(m_settings.largestHeaderField)
+                                          .max_field_value_size(m_settings.largestHeaderField)
+                                          .max_field_count(m_settings.mostHeaderFields)
+                                          .max_body_size(m_settings.largestBody))
+            .acceptor_options_setter([](restinio::acceptor_options_t& options) {
+                options.set_option(asio::ip::tcp::acceptor::reuse_address(true));
+            })
+            .socket_options_setter([](restinio::socket_options_t& options) {
+                options.set_option(asio::ip::tcp::no_delay(true));
+            })
+            .acceptor_post_bind_hook(
+                [this](asio::ip::tcp::acceptor& acceptor) { m_port = acceptor.local_endpoint().port(); })
+            .request_handler([this](const restinio::request_handle_t& request) { return accept(request); });
+        return settings;
+    }
+
+    restinio::request_handling_status_t accept(const restinio::request_handle_t& handle)
+    {
+        const Clock::time_point started = Clock::now();
+        const auto& header = handle->header();
+        Request request;
+        request.method = header.method().c_str();
+        request.target = QByteArray::fromStdString(header.request_target());
+        request.authorization = QByteArray::fromStdString(
+            header.get_field_or(restinio::http_field::authorization, std::string()));
+        request.body = QByteArray::fromStdString(handle->body());
+        request.remoteAddress = QByteArray::fromStdString(handle->remote_endpoint().address().to_string());
+
+        AccessEntry entry;
+        entry.remoteAddress = request.remoteAddress;
+        entry.method = request.method;
+        entry.path = pathOf(request.target);
+        ++m_atWork;
+        m_handler(std::move(request), [this, handle, entry, started](Reply&& reply) mutable {
+            send(*handle, std::move(reply), std::move(entry), started);
+        });
+        return restinio::request_accepted();
+    }
+
+    void send(restinio::request_t& request, Reply&& reply, AccessEntry&& entry, Clock::time_point started)
+    {
+        auto response = request.create_response(restinio::http_status_line_t{
+            restinio::http_status_code_t{static_cast<std::uint16_t>(reply.status)},
+            reasonPhrase(reply.status).toStdString()});
+        response.append_header(restinio::http_field::content_type, "application/json; charset=utf-8");
+        response.append_header_date_field();
+        for (const auto& extra : qAsConst(reply.headers)) {
+            response.append_header(extra.first.toStdString(), extra.second.toStdString());
+        }
+        // A request to change the protocol is answered as any other, but its connection cannot go on.
+        if (m_stopping || request.header().connection() == restinio::http_connection_header_t::upgrade) {
+            response.connection_close();
+        }
+        if (entry.method != "HEAD") {
+            entry.bytes = reply.size();
+            for (QByteArray& piece : reply.body) {
+                response.append_body(BodyPiece{std::move(piece)});
+            }
+        }
+        entry.status = reply.status;
+        response.done([this, entry, started](const asio::error_code& error) mutable {
+            entry.delivered = !error;
+            entry.microseconds =
+                std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - started).count();
+            m_log.request(entry);
+            --m_atWork;
+        });
+    }
+
+    void stop()
+    {
+        m_stopping = true;
+        m_stopBy = Clock::now() + m_settings.stopTimeout;
+        m_server.close_async([this] { stopWhenIdle(); }, [this](std::exception_ptr) { m_context.stop(); });
+    }
+
+    void stopWhenIdle()
+    {
+        // One interval passes even when nothing is at work: a request may be on its way through the socket.
+        m_stopTimer.expires_after(std::chrono::milliseconds(50));
+        m_stopTimer.async_wait([this](const asio::error_code&) {
+            if (m_atWork == 0 || Clock::now() > m_stopBy) {
+                m_context.stop();
+            } else {
+                stopWhenIdle();
+            }
+        });
+    }
+
+    HttpSettings m_settings;
+    RequestHandler m_handler;
+    AccessLog& m_log;
+    quint16 m_port = 0;
+    std::atomic<int> m_atWork{0};
+    std::atomic<bool> m_stopping{false};
+    Clock::time_point m_stopBy;
+    asio::io_context m_context;
+    restinio::http_server_t<ServerTraits> m_server;
+    asio::signal_set m_signals;
+    asio::steady_timer m_stopTimer;
+};
+
+HttpServer::HttpServer(const HttpSettings& settings, RequestHandler handler, AccessLog& log)
+    : d(std::make_unique<Private>(settings, std::move(handler), log))
+{
+}
+
+HttpServer::~HttpServer() = default;
+
+quint16 HttpServer::port() const
+{
+    return d->port();
+}
+
+void HttpServer::run()
+{
+    d->run();
+}
+
+} // namespace PlanService

@@ -1,0 +1,100 @@
+#include "Router.h"
+
+#include <QJsonDocument>
+
+namespace PlanService {
+
+namespace {
+
+bool isPlaceholder(const QString& segment)
+{
+    return segment.startsWith(QLatin1Char('{')) && segment.endsWith(QLatin1Char('}'));
+}
+
+bool fits(const QStringList& pattern, const QStringList& segments, QMap<QString, QString>& parameters)
+{
+    if (pattern.size() != segments.size()) {
+        return false;
+    }
+    for (int i = 0; i < pattern.size(); ++i) {
+        if (isPlaceholder(pattern.at(i))) {
+            if (segments.at(i).isEmpty()) {
+                return false;
+            }
+            parameters.insert(pattern.at(i).mid(1, pattern.at(i).size() - 2), segments.at(i));
+        } else if (pattern.at(i) != segments.at(i)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+bool Call::queryFlag(const char* name) const
+{
+    const QString value = query.value(QLatin1String(name), QStringLiteral("false"));
+    if (value != QLatin1String("true") && value != QLatin1String("false")) {
+        throw ApiError(
+            400, QStringLiteral("badParameter"),
+            QStringLiteral("'%1' has to be true or false, not '%2'").arg(QLatin1String(name), value),
+            QLatin1String(name));
+    }
+    return value == QLatin1String("true");
+}
+
+QJsonObject Call::bodyObject(int limit) const
+{
+    if (request.body.size() > limit) {
+        throw ApiError(413, QStringLiteral("bodyTooLarge"),
+                       QStringLiteral("the body has %1 bytes, at most %2 are accepted here")
+                           .arg(request.body.size())
+                           .arg(limit));
+    }
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(request.body, &error);
+    if (error.error != QJsonParseError::NoError) {
+        throw ApiError(
+            400, QStringLiteral("badJson"),
+            QStringLiteral("the body is not JSON: %1 at byte %2").arg(error.errorString()).arg(error.offset));
+    }
+    if (!document.isObject()) {
+        throw ApiError(400, QStringLiteral("badJson"), QStringLiteral("the body has to be a JSON object"));
+    }
+    return document.object();
+}
+
+Router::Router(const std::vector<Route>& routes)
+    : m_routes(routes)
+{
+    for (const Route& route : m_routes) {
+        m_templates.push_back(QString::fromLatin1(route.pathTemplate).mid(1).split(QLatin1Char('/')));
+    }
+}
+
+RouteMatch Router::match(const QByteArray& method, const QByteArray& target) const
+{
+    const UrlText url = parsedTarget(target);
+    QByteArray allowed;
+    for (std::size_t i = 0; i < m_routes.size(); ++i) {
+        QMap<QString, QString> parameters;
+        if (!fits(m_templates[i], url.segments, parameters)) {
+            continue;
+        }
+        if (m_routes[i].method == method) {
+            return {&m_routes[i], parameters, url.query};
+        }
+        allowed += (allowed.isEmpty() ? "" : ", ") + m_routes[i].method;
+    }
+    const QString path = QString::fromUtf8(pathOf(target));
+    if (allowed.isEmpty()) {
+        throw ApiError(404, QStringLiteral("pathNotFound"),
+                       QStringLiteral("there is nothing at '%1' on this service").arg(path));
+    }
+    throw ApiError(405, QStringLiteral("methodNotAllowed"),
+                   QStringLiteral("'%1' does not answer %2, only %3")
+                       .arg(path, QString::fromLatin1(method), QString::fromLatin1(allowed)))
+        .withHeader("Allow", allowed);
+}
+
+} // namespace PlanService

@@ -1,0 +1,64 @@
+#include "commands/Commands.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+using namespace PlanService;
+
+namespace {
+
+void complain(const QString& where, const QString& message)
+{
+    std::fprintf(stderr, "%s: %s\n", where.toUtf8().constData(), message.simplified().toUtf8().constData());
+}
+
+QString overview()
+{
+    QString text =
+        QStringLiteral("Usage: planservice COMMAND [options]\n\nThe schedule service.\n\nCommands:\n");
+    for (const Command& command : commands()) {
+        text += QStringLiteral("  %1 %2\n").arg(command.name, -8).arg(command.summary);
+    }
+    return text + QStringLiteral("\nplanservice COMMAND --help tells more; --version prints the version.\n");
+}
+
+int run(const QStringList& arguments)
+{
+    const QString first = arguments.value(1);
+    if (first == QLatin1String("--help")) {
+        print(overview());
+        return 0;
+    }
+    if (first == QLatin1String("--version")) {
+        print(QByteArrayLiteral("planservice " PLANSERVICE_VERSION "\n"));
+        return 0;
+    }
+    for (const Command& command : commands()) {
+        if (command.name != first) {
+            continue;
+        }
+        try {
+            return command.run(arguments.mid(2));
+        } catch (const UsageError& error) {
+            complain(QStringLiteral("planservice ") + first, error.message());
+            return 2;
+        } catch (const std::exception& error) {
+            complain(QStringLiteral("planservice ") + first, QString::fromUtf8(error.what()));
+            return 1;
+        }
+    }
+    complain(QStringLiteral("planservice"),
+             first.isEmpty() ? QStringLiteral("a command is needed; see planservice --help")
+                             : QStringLiteral("'%1' is no command; see planservice --help").arg(first));
+    return 2;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("planservice"));
+    return run(QCoreApplication::arguments());
+}

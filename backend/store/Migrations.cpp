@@ -1,0 +1,132 @@
+#include "Migrations.h"
+
+namespace PlanService {
+
+namespace {
+
+QString text(const char* sql)
+{
+    return QString::fromLatin1(sql);
+}
+
+Migration plansAndNodes()
+{
+    return {1,
+            {text("CREATE TABLE plans ("
+                  " id TEXT NOT NULL PRIMARY KEY,"
+                  " projectId TEXT NOT NULL,"
+                  " category TEXT NOT NULL,"
+                  " name TEXT NOT NULL,"
+                  " createdAt TEXT,"
+                  " updatedAt TEXT,"
+                  " createdBy TEXT NOT NULL,"
+                  " document TEXT NOT NULL)"),
+             text("CREATE INDEX plansByProject ON plans(projectId, category, createdAt)"),
+             text("CREATE TABLE planNodes ("
+                  " id TEXT NOT NULL PRIMARY KEY,"
+                  " planId TEXT NOT NULL REFERENCES plans(id) ON DELETE CASCADE,"
+                  " projectId TEXT NOT NULL,"
+                  " category TEXT NOT NULL,"
+                  " name TEXT NOT NULL,"
+                  " rowNumber INTEGER NOT NULL,"
+                  " uniqueId INTEGER NOT NULL,"
+                  " parentTaskId INTEGER NOT NULL,"
+                  " startDate TEXT,"
+                  " finishDate TEXT,"
+                  " actualStartDate TEXT,"
+                  " actualFinishDate TEXT,"
+                  " createdAt TEXT,"
+                  " updatedAt TEXT,"
+                  " createdBy TEXT NOT NULL,"
+                  " document TEXT NOT NULL)"),
+             text("CREATE INDEX planNodesByRow ON planNodes(planId, rowNumber, id)"),
+             text("CREATE INDEX planNodesByParent ON planNodes(planId, parentTaskId)"),
+             text("CREATE INDEX planNodesByProject ON planNodes(projectId, category, finishDate)"),
+             text("CREATE TABLE documents ("
+                  " id TEXT NOT NULL PRIMARY KEY,"
+                  " projectId TEXT NOT NULL,"
+                  " document TEXT NOT NULL)")}};
+}
+
+Migration tokensAndRights()
+{
+    return {2,
+            {text("CREATE TABLE tokens ("
+                  " id INTEGER NOT NULL PRIMARY KEY AUTOINCREMENT,"
+                  " hash BLOB NOT NULL UNIQUE,"
+                  " userId TEXT NOT NULL,"
+                  " createdAt TEXT NOT NULL,"
+                  " revokedAt TEXT)"),
+             text("CREATE TABLE rights ("
+                  " tokenId INTEGER NOT NULL REFERENCES tokens(id) ON DELETE CASCADE,"
+                  " projectId TEXT NOT NULL,"
+                  " category TEXT NOT NULL,"
+                  " mayRead TEXT NOT NULL,"
+                  " mayCreate INTEGER NOT NULL,"
+                  " mayEdit INTEGER NOT NULL,"
+                  " mayDelete INTEGER NOT NULL,"
+                  " mayExport INTEGER NOT NULL,"
+                  " PRIMARY KEY (tokenId, projectId, category)) WITHOUT ROWID")}};
+}
+
+Migration userSettings()
+{
+    return {3,
+            {text("CREATE TABLE userSettings ("
+                  " userId TEXT NOT NULL,"
+                  " settingKey TEXT NOT NULL,"
+                  " value TEXT NOT NULL,"
+                  " PRIMARY KEY (userId, settingKey)) WITHOUT ROWID")}};
+}
+
+int versionOf(SqliteDatabase& database)
+{
+    return database.value(QStringLiteral("PRAGMA user_version")).toInt();
+}
+
+void apply(SqliteDatabase& database, const Migration& step)
+{
+    database.beginImmediate();
+    try {
+        // Another process may have taken this step while we waited for the lock.
+        if (versionOf(database) < step.version) {
+            for (const QString& statement : step.statements) {
+                database.execute(statement);
+            }
+            database.execute(QStringLiteral("PRAGMA application_id = %1").arg(applicationId));
+            database.execute(QStringLiteral("PRAGMA user_version = %1").arg(step.version));
+        }
+        database.commit();
+    } catch (...) {
+        database.rollback();
+        throw;
+    }
+}
+
+} // namespace
+
+const QList<Migration>& migrations()
+{
+    static const QList<Migration> steps{plansAndNodes(), tokensAndRights(), userSettings()};
+    return steps;
+}
+
+void migrate(SqliteDatabase& database, const QList<Migration>& steps)
+{
+    const int current = versionOf(database);
+    const int newest = steps.isEmpty() ? 0 : steps.last().version;
+    if (current > newest) {
+        throw StoreError(QStringLiteral("database '%1' has schema version %2, this program knows up to %3; "
+                                        "use the planservice that wrote it, or a newer one")
+                             .arg(database.path())
+                             .arg(current)
+                             .arg(newest));
+    }
+    for (const Migration& step : steps) {
+        if (step.version > current) {
+            apply(database, step);
+        }
+    }
+}
+
+} // namespace PlanService

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "SqliteDatabase.h"
+
+#include <QStringList>
+
+namespace PlanService {
+
+/// One step of the schema: from version - 1 to version.
+struct Migration
+{
+    int version = 0;
+    QStringList statements;
+};
+
+/// Every step, oldest first. A step that was released is never edited: a change to the schema is a new step.
+const QList<Migration>& migrations();
+
+/// Brings the database up to the last of @p steps. Each step and its version number are one transaction, so a
+/// crash leaves a whole version behind and the next start goes on from there. Throws StoreError when the
+/// database is newer than @p steps or a step fails; what was committed stays.
+void migrate(SqliteDatabase& database, const QList<Migration>& steps);
+
+} // namespace PlanService

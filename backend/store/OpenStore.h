@@ -1,0 +1,19 @@
+#pragma once
+
+#include "Store.h"
+
+namespace PlanService {
+
+enum class MissingDatabase
+{
+    Refuse,
+    Create,
+};
+
+/// Opens the database at @p path for the calling thread, creating it first where that is wanted, and brings
+/// an older schema up to date. A file that is no database of this service is refused and left untouched, and
+/// so is one with a schema newer than this program. Throws StoreError with one line for the person at the
+/// terminal: what failed, with which path, what to try.
+std::unique_ptr<Store> openStore(const QString& path, MissingDatabase missing);
+
+} // namespace PlanService

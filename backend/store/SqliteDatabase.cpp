@@ -1,0 +1,141 @@
+#include "SqliteDatabase.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QSqlError>
+#include <QtEndian>
+
+#include <atomic>
+
+namespace PlanService {
+
+namespace {
+
+QString nextConnectionName()
+{
+    static std::atomic<int> number{0};
+    return QStringLiteral("planservice-%1").arg(number.fetch_add(1));
+}
+
+} // namespace
+
+SqliteDatabase::SqliteDatabase(const QString& path)
+    : m_path(path)
+    , m_connectionName(nextConnectionName())
+    , m_database(QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connectionName))
+{
+    m_database.setDatabaseName(path);
+    m_database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=10000"));
+    if (!m_database.open()) {
+        const QString reason = m_database.lastError().text();
+        m_database = QSqlDatabase();
+        QSqlDatabase::removeDatabase(m_connectionName);
+        throw StoreError(QStringLiteral("cannot open database '%1': %2; check the path and its permissions")
+                             .arg(path, reason.simplified()));
+    }
+}
+
+SqliteDatabase::~SqliteDatabase()
+{
+    // The driver keeps the file open as long as one statement lives.
+    m_statements.clear();
+    m_database.close();
+    m_database = QSqlDatabase();
+    QSqlDatabase::removeDatabase(m_connectionName);
+}
+
+void SqliteDatabase::execute(const QString& sql)
+{
+    QSqlQuery query(m_database);
+    if (!query.exec(sql)) {
+        fail(query.lastError().text());
+    }
+}
+
+QSqlQuery& SqliteDatabase::run(const QString& sql, const QVariantList& parameters)
+{
+    std::shared_ptr<QSqlQuery>& statement = m_statements[sql];
+    if (!statement) {
+        auto fresh = std::make_shared<QSqlQuery>(m_database);
+        fresh->setForwardOnly(true);
+        if (!fresh->prepare(sql)) {
+            fail(fresh->lastError().text());
+        }
+        statement = std::move(fresh);
+    }
+    for (int i = 0; i < parameters.size(); ++i) {
+        statement->bindValue(i, parameters.at(i));
+    }
+    if (!statement->exec()) {
+        const QString reason = statement->lastError().text();
+        statement->finish();
+        fail(reason);
+    }
+    return *statement;
+}
+
+QVariant SqliteDatabase::value(const QString& sql, const QVariantList& parameters)
+{
+    QSqlQuery& query = run(sql, parameters);
+    const QVariant result = query.next() ? query.value(0) : QVariant();
+    query.finish();
+    return result;
+}
+
+void SqliteDatabase::begin()
+{
+    execute(QStringLiteral("BEGIN"));
+}
+
+void SqliteDatabase::beginImmediate()
+{
+    execute(QStringLiteral("BEGIN IMMEDIATE"));
+}
+
+void SqliteDatabase::commit()
+{
+    execute(QStringLiteral("COMMIT"));
+}
+
+void SqliteDatabase::rollback() noexcept
+{
+    // A statement that is still being read would keep the transaction open.
+    for (const std::shared_ptr<QSqlQuery>& statement : qAsConst(m_statements)) {
+        if (statement) {
+            statement->finish();
+        }
+    }
+    QSqlQuery(m_database).exec(QStringLiteral("ROLLBACK"));
+}
+
+void SqliteDatabase::fail(const QString& text) const
+{
+    throw StoreError(QStringLiteral("database '%1': %2").arg(m_path, text.simplified()));
+}
+
+DatabaseFile inspectDatabaseFile(const QString& path)
+{
+    const QFileInfo info(path);
+    if (!info.exists()) {
+        return DatabaseFile::Missing;
+    }
+    if (info.isDir()) {
+        throw StoreError(QStringLiteral("'%1' is a folder; name a database file in it").arg(path));
+    }
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        throw StoreError(QStringLiteral("cannot read database '%1': %2; check its permissions")
+                             .arg(path, file.errorString()));
+    }
+    const QByteArray header = file.read(100);
+    if (header.isEmpty()) {
+        return DatabaseFile::Empty;
+    }
+    constexpr int applicationIdAt = 68;
+    const bool ours = header.size() == 100 && header.startsWith(QByteArray("SQLite format 3\0", 16)) &&
+                      qFromBigEndian<quint32>(header.constData() + applicationIdAt) == applicationId;
+    return ours ? DatabaseFile::Ours : DatabaseFile::Foreign;
+}
+
+} // namespace PlanService

@@ -1,0 +1,181 @@
+// Plans and nodes of the SQLite store. JSON text is put together by the database; here it is only carried.
+
+#include "SqliteStore.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <limits>
+
+namespace PlanService {
+
+namespace {
+
+// Nodes a piece: large enough that the statement's start does not count, small enough for one allocation.
+constexpr int nodesPerPiece = 1000;
+
+QString sql(const char* text)
+{
+    return QString::fromLatin1(text);
+}
+
+/// The opening of a node's object with what is derived, to be followed by the rest of the stored document.
+/// Expects the node as n and its plan as p.
+#define PLANSERVICE_NODE_JSON                                                                                \
+    "'{\"planName\":' || json_quote(p.name)"                                                                 \
+    " || CASE WHEN n.startDate = n.finishDate THEN ',\"milestone\":true' ELSE ',\"milestone\":false' END"    \
+    " || CASE WHEN n.uniqueId > 0 AND EXISTS (SELECT 1 FROM planNodes c"                                     \
+    "         WHERE c.planId = n.planId AND c.parentTaskId = n.uniqueId AND c.id <> n.id)"                   \
+    "    THEN ',\"summary\":true,' ELSE ',\"summary\":false,' END"
+
+QVariant dateOrNull(const QString& date)
+{
+    return date.isEmpty() ? QVariant(QVariant::String) : QVariant(date);
+}
+
+} // namespace
+
+std::optional<Ownership> SqliteStore::planOwnership(const QString& planId)
+{
+    QSqlQuery& row =
+        m_database->run(sql("SELECT projectId, category, createdBy FROM plans WHERE id = ?"), {planId});
+    std::optional<Ownership> ownership;
+    if (row.next()) {
+        ownership = Ownership{row.value(0).toString(), row.value(1).toString(), {row.value(2).toString()}};
+    }
+    row.finish();
+    return ownership;
+}
+
+std::optional<Ownership> SqliteStore::planNodeOwnership(const QString& planNodeId)
+{
+    QSqlQuery& row =
+        m_database->run(sql("SELECT projectId, category, createdBy,"
+                            " json_extract(document, '$.userIds', '$.executeIds', '$.cooperateIds')"
+                            " FROM planNodes WHERE id = ?"),
+                        {planNodeId});
+    std::optional<Ownership> ownership;
+    if (row.next()) {
+        ownership = Ownership{row.value(0).toString(), row.value(1).toString(), {row.value(2).toString()}};
+        const QJsonArray lists = QJsonDocument::fromJson(row.value(3).toString().toUtf8()).array();
+        for (const QJsonValue& list : lists) {
+            const QJsonArray users = list.toArray();
+            for (const QJsonValue& user : users) {
+                ownership->users.append(user.toString());
+            }
+        }
+    }
+    row.finish();
+    return ownership;
+}
+
+JsonPieces SqliteStore::planJson(const QString& planId)
+{
+    JsonPieces pieces;
+    // All pieces come from one snapshot, whatever is written meanwhile.
+    m_database->begin();
+    try {
+        const QVariant head = m_database->value(
+            sql("SELECT CAST(substr(document, 1, length(document) - 1) || ',\"tasks\":[' AS BLOB)"
+                " FROM plans WHERE id = ?"),
+            {planId});
+        if (head.isValid()) {
+            pieces.append(head.toByteArray());
+            appendNodes(planId, pieces);
+            pieces.append(QByteArrayLiteral("]}"));
+        }
+        m_database->commit();
+    } catch (...) {
+        m_database->rollback();
+        throw;
+    }
+    return pieces;
+}
+
+void SqliteStore::appendNodes(const QString& planId, JsonPieces& pieces)
+{
+    const QString piece = sql("SELECT CAST(group_concat(node, ',') AS BLOB) FROM ("
+                              " SELECT " PLANSERVICE_NODE_JSON " || substr(n.document, 2) AS node"
+                              " FROM planNodes n JOIN plans p ON p.id = n.planId"
+                              " WHERE n.planId = ? AND (n.rowNumber, n.id) > (?, ?)"
+                              " ORDER BY n.rowNumber, n.id LIMIT ?)");
+    const QString lastOfPiece = sql("SELECT rowNumber, id FROM planNodes"
+                                    " WHERE planId = ? AND (rowNumber, id) > (?, ?)"
+                                    " ORDER BY rowNumber, id LIMIT 1 OFFSET ?");
+    QVariant row = std::numeric_limits<int>::min();
+    QVariant id = QStringLiteral("");
+    for (bool more = true, first = true; more; first = false) {
+        const QByteArray nodes = m_database->value(piece, {planId, row, id, nodesPerPiece}).toByteArray();
+        if (nodes.isEmpty()) {
+            return;
+        }
+        if (!first) {
+            pieces.append(QByteArrayLiteral(","));
+        }
+        pieces.append(nodes);
+        QSqlQuery& last = m_database->run(lastOfPiece, {planId, row, id, nodesPerPiece - 1});
+        more = last.next();
+        if (more) {
+            row = last.value(0);
+            id = last.value(1);
+        }
+        last.finish();
+    }
+}
+
+int SqliteStore::planNodeCount(const QString& planId)
+{
+    return m_database->value(sql("SELECT count(*) FROM planNodes WHERE planId = ?"), {planId}).toInt();
+}
+
+JsonPieces SqliteStore::planNodeJson(const QString& planNodeId, bool withDocuments)
+{
+    const QString select =
+        withDocuments ? sql("SELECT CAST(" PLANSERVICE_NODE_JSON
+                            " || '\"documents\":' || (SELECT json_group_array(json(document)) FROM"
+                            "  (SELECT d.document AS document FROM json_each(n.document, '$.documentIds') e"
+                            "   JOIN documents d ON d.id = e.value ORDER BY e.key))"
+                            " || ',' || substr(n.document, 2) AS BLOB)"
+                            " FROM planNodes n JOIN plans p ON p.id = n.planId WHERE n.id = ?")
+                      : sql("SELECT CAST(" PLANSERVICE_NODE_JSON " || substr(n.document, 2) AS BLOB)"
+                            " FROM planNodes n JOIN plans p ON p.id = n.planId WHERE n.id = ?");
+    const QVariant node = m_database->value(select, {planNodeId});
+    return node.isValid() ? JsonPieces{node.toByteArray()} : JsonPieces();
+}
+
+void SqliteStore::insertPlan(const PlanRecord& plan)
+{
+    m_database
+        ->run(
+            sql("INSERT INTO plans (id, projectId, category, name, createdAt, updatedAt, createdBy, document)"
+                " VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),
+            {plan.id, orEmpty(plan.projectId), orEmpty(plan.category), orEmpty(plan.name),
+             dateOrNull(plan.createdAt), dateOrNull(plan.updatedAt), orEmpty(plan.createdBy),
+             QString::fromUtf8(plan.document)})
+        .finish();
+}
+
+void SqliteStore::insertPlanNode(const PlanNodeRecord& node)
+{
+    m_database
+        ->run(sql("INSERT INTO planNodes (id, planId, projectId, category, name, rowNumber, uniqueId,"
+                  " parentTaskId, startDate, finishDate, actualStartDate, actualFinishDate,"
+                  " createdAt, updatedAt, createdBy, document)"
+                  " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+              {node.id, node.planId, orEmpty(node.projectId), orEmpty(node.category), orEmpty(node.name),
+               node.rowNumber, node.uniqueId, node.parentTaskId, dateOrNull(node.startDate),
+               dateOrNull(node.finishDate), dateOrNull(node.actualStartDate),
+               dateOrNull(node.actualFinishDate), dateOrNull(node.createdAt), dateOrNull(node.updatedAt),
+               orEmpty(node.createdBy), QString::fromUtf8(node.document)})
+        .finish();
+}
+
+void SqliteStore::insertDocument(const DocumentRecord& document)
+{
+    m_database
+        ->run(sql("INSERT INTO documents (id, projectId, document) VALUES (?, ?, ?)"),
+              {document.id, orEmpty(document.projectId), QString::fromUtf8(document.document)})
+        .finish();
+}
+
+} // namespace PlanService

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "SqliteDatabase.h"
+
+namespace PlanService {
+
+/// The store on SQLite: write-ahead log, and every commit reaches the disk before it is answered.
+class SqliteStore final : public Store
+{
+public:
+    /// Opens an up-to-date database of ours; see openStore.
+    explicit SqliteStore(std::unique_ptr<SqliteDatabase> database);
+
+    int schemaVersion() override;
+
+    std::optional<Ownership> planOwnership(const QString& planId) override;
+    JsonPieces planJson(const QString& planId) override;
+    int planNodeCount(const QString& planId) override;
+    std::optional<Ownership> planNodeOwnership(const QString& planNodeId) override;
+    JsonPieces planNodeJson(const QString& planNodeId, bool withDocuments) override;
+
+    bool hasTokens() override;
+    std::optional<TokenRecord> tokenByHash(const QByteArray& hash) override;
+    QList<TokenRecord> tokens() override;
+    qint64 addToken(const TokenRecord& token) override;
+    bool revokeToken(qint64 tokenId, const QString& revokedAt) override;
+    QList<RightsRecord> rights(qint64 tokenId) override;
+    void setRights(qint64 tokenId, const RightsRecord& rights) override;
+
+    QByteArray userSetting(const QString& userId, const QString& key) override;
+    void setUserSetting(const QString& userId, const QString& key, const QByteArray& value) override;
+
+    void insertPlan(const PlanRecord& plan) override;
+    void insertPlanNode(const PlanNodeRecord& node) override;
+    void insertDocument(const DocumentRecord& document) override;
+
+    void begin() override;
+    void commit() override;
+    void rollback() noexcept override;
+
+private:
+    void appendNodes(const QString& planId, JsonPieces& pieces);
+
+    std::unique_ptr<SqliteDatabase> m_database;
+};
+
+} // namespace PlanService

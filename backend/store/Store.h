@@ -1,0 +1,182 @@
+#pragma once
+
+#include "../Failure.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <optional>
+
+namespace PlanService {
+
+/// The database refused something that the service asked of it.
+class StoreError : public Failure
+{
+public:
+    using Failure::Failure;
+};
+
+/// A plan without its nodes.
+struct PlanRecord
+{
+    QString id;
+    QString projectId;
+    QString category;
+    QString name;
+    QString createdAt; ///< site wall-clock text, empty: not set; the same holds for every date here
+    QString updatedAt;
+    QString createdBy;
+    QByteArray document; ///< the plan's JSON object as it goes out, without "tasks"
+};
+
+/// A node beside its JSON document; the fields repeat those values of the document that queries look at.
+struct PlanNodeRecord
+{
+    QString id;
+    QString planId;
+    QString projectId;
+    QString category;
+    QString name;
+    int rowNumber = -1; ///< "id" on the wire: position inside the plan
+    int uniqueId = -1;
+    int parentTaskId = -1; ///< uniqueId of the parent; 0 or less: top level
+    QString startDate;
+    QString finishDate;
+    QString actualStartDate;
+    QString actualFinishDate;
+    QString createdAt;
+    QString updatedAt;
+    QString createdBy;
+    QByteArray
+        document; ///< the node's JSON object without "planName", "milestone", "summary" and "documents"
+};
+
+/// A document attached to nodes or responses.
+struct DocumentRecord
+{
+    QString id;
+    QString projectId;
+    QByteArray document;
+};
+
+/// Where a plan or a node belongs and whose it is: what a decision on access needs.
+struct Ownership
+{
+    QString projectId;
+    QString category;
+    QStringList users; ///< everybody who counts as "own": the creator, and for nodes all users named on it
+};
+
+/// A bearer token as the store knows it; the token itself is stored nowhere.
+struct TokenRecord
+{
+    qint64 id = 0;
+    QByteArray hash;
+    QString userId;
+    QString createdAt; ///< UTC, ISO 8601
+    QString revokedAt; ///< UTC, ISO 8601; empty: still good
+};
+
+/// What a token may do in one project. An empty category stands for every category without an entry of its
+/// own.
+struct RightsRecord
+{
+    QString projectId;
+    QString category;
+    QString read; ///< "all", "own" or empty
+    bool create = false;
+    bool edit = false;
+    bool remove = false;
+    bool exportPlans = false;
+};
+
+/// JSON text in pieces that follow each other; a list of any length never has to stand in one allocation.
+using JsonPieces = QList<QByteArray>;
+
+/// Everything the service asks of a database, free of any driver's words. One object serves one thread; the
+/// calls block, and throw StoreError when the database fails.
+class Store
+{
+public:
+    Store() = default;
+    Store(const Store&) = delete;
+    Store& operator=(const Store&) = delete;
+    virtual ~Store() = default;
+
+    /// Cheap proof that the database answers. @return the schema's version.
+    virtual int schemaVersion() = 0;
+
+    /// @return nothing when there is no such plan.
+    virtual std::optional<Ownership> planOwnership(const QString& planId) = 0;
+    /// The plan with all its nodes under "tasks", in row order, read from one snapshot.
+    /// @return an empty list when there is no such plan.
+    virtual JsonPieces planJson(const QString& planId) = 0;
+    virtual int planNodeCount(const QString& planId) = 0;
+
+    /// @return nothing when there is no such node.
+    virtual std::optional<Ownership> planNodeOwnership(const QString& planNodeId) = 0;
+    /// @param withDocuments embeds the documents that "documentIds" names, in that order, under "documents".
+    /// @return an empty list when there is no such node.
+    virtual JsonPieces planNodeJson(const QString& planNodeId, bool withDocuments) = 0;
+
+    /// True as soon as a token was ever created, revoked ones included: revoking the last must not open the
+    /// service.
+    virtual bool hasTokens() = 0;
+    /// @return nothing when no token has this hash; a revoked one is returned with its revokedAt.
+    virtual std::optional<TokenRecord> tokenByHash(const QByteArray& hash) = 0;
+    virtual QList<TokenRecord> tokens() = 0;
+    /// Adds the token; @p token.id is given by the store. @return the id.
+    virtual qint64 addToken(const TokenRecord& token) = 0;
+    /// @return false when there is no such token; revoking twice keeps the first time.
+    virtual bool revokeToken(qint64 tokenId, const QString& revokedAt) = 0;
+    virtual QList<RightsRecord> rights(qint64 tokenId) = 0;
+    /// Adds what the token may do in one project and category, or replaces what stood there.
+    virtual void setRights(qint64 tokenId, const RightsRecord& rights) = 0;
+
+    /// @return the stored JSON value, empty when nothing is stored.
+    virtual QByteArray userSetting(const QString& userId, const QString& key) = 0;
+    virtual void setUserSetting(const QString& userId, const QString& key, const QByteArray& value) = 0;
+
+    virtual void insertPlan(const PlanRecord& plan) = 0;
+    virtual void insertPlanNode(const PlanNodeRecord& node) = 0;
+    virtual void insertDocument(const DocumentRecord& document) = 0;
+
+    /// What is written between begin and commit becomes visible at once or, after rollback or a crash, not at
+    /// all.
+    virtual void begin() = 0;
+    virtual void commit() = 0;
+    virtual void rollback() noexcept = 0;
+};
+
+/// A transaction that is undone unless it reaches commit().
+class Transaction
+{
+public:
+    explicit Transaction(Store& store)
+        : m_store(store)
+    {
+        m_store.begin();
+    }
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    ~Transaction()
+    {
+        if (!m_done) {
+            m_store.rollback();
+        }
+    }
+    void commit()
+    {
+        m_store.commit();
+        m_done = true;
+    }
+
+private:
+    Store& m_store;
+    bool m_done = false;
+};
+
+} // namespace PlanService
