@@ -2,60 +2,35 @@
 
 #include <KvPublicFun/KvPub.h>
 
-#include <QtCore/QJsonArray>
+#include <QtCore/QCborArray>
+#include <QtCore/QCborValue>
 
 namespace Kv {
 
-namespace {
-
-// Text that does not repeat after all must not make the pool grow with the reply.
-constexpr int maxPooled = 4096;
-constexpr int dateSlots = 1024; // a power of two
-
-template<class T>
-T pooled(QSet<T>& pool, const T& value)
+QString KvDecodePool::shared(const QString& text)
 {
-    const auto known = pool.constFind(value);
-    if (known != pool.constEnd())
-        return *known;
-    if (pool.size() < maxPooled)
-        pool.insert(value);
-    return value;
+    if (text.isEmpty())
+        return text;
+    return m_texts.find(text, [](const QString& first) { return first; });
 }
 
-} // namespace
-
-QString KvDecodePool::text(const QJsonValue& value)
+QDateTime KvDecodePool::dateTime(const QString& text)
 {
-    const QString read = value.toString();
-    return read.isEmpty() ? read : pooled(m_texts, read);
-}
-
-QDateTime KvDecodePool::dateTime(const QJsonValue& value)
-{
-    const QString text = value.toString();
     if (text.isEmpty())
         return KvPub::getDateTimeByQString(text);
-    if (m_dates.isEmpty())
-        m_dates.resize(dateSlots);
-    KnownDate& slot = m_dates[int(qHash(text) & uint(dateSlots - 1))];
-    if (slot.text != text) {
-        slot.text = text;
-        slot.dateTime = KvPub::getDateTimeByQString(text);
-    }
-    return slot.dateTime;
+    return m_dates.find(text, KvPub::getDateTimeByQString);
 }
 
-QStringList KvDecodePool::idList(const QJsonValue& value)
+QStringList KvDecodePool::idList(const QCborArray& array)
 {
-    const QStringList read = idListFromJson(value);
-    return read.isEmpty() ? read : pooled(m_lists, read);
-}
-
-QStringList idListFromJson(const QJsonValue& value)
-{
-    const QJsonArray array = value.toArray();
-    return array.isEmpty() ? QStringList() : KvPub::getStrListFromVarList(array.toVariantList());
+    if (array.isEmpty())
+        return QStringList();
+    const auto read = [&] {
+        return KvPub::getStrListFromVarList(array.toVariantList());
+    };
+    // Most lists name one person or one document; those of the same one share their data.
+    const QString single = array.size() == 1 ? array.first().toString() : QString();
+    return single.isEmpty() ? read() : m_singles.find(single, [&](const QString&) { return read(); });
 }
 
 } // namespace Kv

@@ -1,45 +1,65 @@
 #pragma once
 
 #include <QtCore/QDateTime>
-#include <QtCore/QJsonValue>
-#include <QtCore/QSet>
+#include <QtCore/QHash>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtCore/QVector>
 
+class QCborArray;
+
 namespace Kv {
 
-/// Reads values that repeat from record to record of one reply and keeps each of them once.
+/// Remembers values that repeat from record to record of one reply, so that each is kept, or worked out,
+/// once.
 ///
 /// The nodes of a plan share their plan, project, category and people, and start and finish on a few hundred
 /// working days. Sharing the text saves most of a plan's memory; remembering dates saves the time-zone
 /// look-up that every local date-time costs. What is read does not depend on what the pool holds. Its size is
-/// bounded.
+/// fixed: a newcomer takes the place that its hash gives it.
 class KvDecodePool
 {
 public:
-    /// A text that other records probably hold too. Text of a single record is read by QJsonValue::toString.
-    QString text(const QJsonValue& value);
+    /// @p text, sharing its data with an equal text of another record.
+    QString shared(const QString& text);
 
-    /// A date-time in the service's text form; anything else reads as a null date-time.
-    QDateTime dateTime(const QJsonValue& value);
+    /// The date-time of a text in the service's form; null when it is in another.
+    QDateTime dateTime(const QString& text);
 
-    /// An array of identifiers; anything else reads as an empty list.
-    QStringList idList(const QJsonValue& value);
+    /// The identifiers in a JSON array, each the string of its value.
+    QStringList idList(const QCborArray& array);
 
 private:
-    struct KnownDate
+    template<class Value>
+    class Memory
     {
-        QString text;
-        QDateTime dateTime;
+    public:
+        template<class Make>
+        const Value& find(const QString& text, Make make)
+        {
+            if (m_places.isEmpty())
+                m_places.resize(placeCount);
+            Place& place = m_places[int(qHash(text) & uint(placeCount - 1))];
+            if (place.text != text) {
+                place.value = make(text);
+                place.text = text;
+            }
+            return place.value;
+        }
+
+    private:
+        static constexpr int placeCount = 1024; // a power of two
+        struct Place
+        {
+            QString text; // never empty when the place is taken
+            Value value;
+        };
+        QVector<Place> m_places;
     };
 
-    QSet<QString> m_texts;
-    QSet<QStringList> m_lists;
-    QVector<KnownDate> m_dates; // indexed by the hash of the text; a newcomer takes the place
+    Memory<QString> m_texts;
+    Memory<QDateTime> m_dates;
+    Memory<QStringList> m_singles; // lists of one identifier, by that identifier
 };
-
-/// An array of identifiers, each the string of its JSON value; anything else reads as an empty list.
-QStringList idListFromJson(const QJsonValue& value);
 
 } // namespace Kv

@@ -1,222 +1,157 @@
 #include <model/KvPlanCodec.h>
 
 #include <model/KvDecodePool.h>
+#include <model/KvJsonMembers.h>
 
 #include <KvPublicFun/KvPub.h>
 
 #include <QtCore/QJsonArray>
 
-#include <algorithm>
-#include <iterator>
+#include <utility>
 
 namespace Kv {
 
 namespace {
 
-using Value = const QJsonValue&;
+using MaterialBill = std::pair<QString, QStringList>;
+using Value = const KvJsonMember&;
+using Bill = MaterialBill&;
+using Document = KvDocument&;
+using Duration = KvDuration&;
+using Link = KvPlanPredecessor&;
 using Node = KvPlanNode&;
 using Pool = KvDecodePool&;
+
+void readDuration(const QCborMap& in, KvDuration& out, KvDecodePool& pool);
+void readDocuments(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool);
+void readMaterialBills(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool);
+void readPredecessors(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool);
 
 QString dateText(const QDateTime& dateTime)
 {
     return dateTime.toString(KvPub::getDateTimeFormat());
 }
 
-void readPredecessors(Value value, Node out)
+// The tables below stand in ascending order of the keys, as a JSON object does. One key a line, however long.
+// clang-format off
+
+// A missing unit reads as 0, not as the record's default of days: the sender then gave no unit.
+const KvField<KvDuration> durationFields[] = {
+    {QLatin1String("Duration"), [](Value v, Duration d, Pool) { d.value = v.real(); }},
+    {QLatin1String("Units"), [](Value v, Duration d, Pool) { d.units = v.wholeNumber(); }},
+};
+
+const KvField<KvPlanPredecessor> predecessorFields[] = {
+    {QLatin1String("Lag"), [](Value v, Link l, Pool p) { readDuration(v.members(), l.lag, p); }},
+    {QLatin1String("SourcePlanNodeID"), [](Value v, Link l, Pool) { l.sourcePlanNodeId = v.wholeNumber(); }},
+    {QLatin1String("SourcePlanNodeName"), [](Value v, Link l, Pool p) { l.sourcePlanNodeName = p.shared(v.text()); }},
+    {QLatin1String("SourcePlanNodeUniqueID"), [](Value v, Link l, Pool) { l.sourcePlanNodeUniqueId = v.wholeNumber(); }},
+    {QLatin1String("TargetPlanNodeID"), [](Value v, Link l, Pool) { l.targetPlanNodeId = v.wholeNumber(); }},
+    {QLatin1String("TargetPlanNodeName"), [](Value v, Link l, Pool p) { l.targetPlanNodeName = p.shared(v.text()); }},
+    {QLatin1String("TargetPlanNodeUniqueID"), [](Value v, Link l, Pool p) { l.targetPlanNodeUniqueId = p.shared(v.text()); }},
+    {QLatin1String("Type"), [](Value v, Link l, Pool) { l.type = v.wholeNumber(); }},
+};
+
+const KvField<KvDocument> documentFields[] = {
+    {QLatin1String("_id"), [](Value v, Document d, Pool p) { d.id = p.shared(v.text()); }},
+    {QLatin1String("createdAt"), [](Value v, Document d, Pool p) { d.createdAt = p.shared(v.text()); }},
+    {QLatin1String("createdBy"), [](Value v, Document d, Pool p) { d.createdBy = p.shared(v.text()); }},
+    {QLatin1String("fileSize"), [](Value v, Document d, Pool) { d.fileSize = v.wholeNumber(); }},
+    {QLatin1String("name"), [](Value v, Document d, Pool p) { d.name = p.shared(v.text()); }},
+    {QLatin1String("suffix"), [](Value v, Document d, Pool p) { d.suffix = p.shared(v.text()); }},
+};
+
+const KvField<MaterialBill> materialBillFields[] = {
+    {QLatin1String("rId"), [](Value v, Bill b, Pool p) { b.first = p.shared(v.text()); }},
+    {QLatin1String("statusIds"), [](Value v, Bill b, Pool p) { b.second = p.idList(v.elements()); }},
+};
+
+const KvField<KvPlanNode> nodeFields[] = {
+    {QLatin1String("GUID"), [](Value v, Node n, Pool) { n.guid = v.text(); }},
+    {QLatin1String("_id"), [](Value v, Node n, Pool) { n.id = v.text(); }},
+    {QLatin1String("actualFinishDate"), [](Value v, Node n, Pool p) { n.actualFinishDate = p.dateTime(v.text()); }},
+    {QLatin1String("actualStartDate"), [](Value v, Node n, Pool p) { n.actualStartDate = p.dateTime(v.text()); }},
+    {QLatin1String("actualWorkload"), [](Value v, Node n, Pool) { n.actualWorkload = v.wholeNumber(); }},
+    {QLatin1String("category"), [](Value v, Node n, Pool p) { n.category = p.shared(v.text()); }},
+    {QLatin1String("cooperateIds"), [](Value v, Node n, Pool p) { n.cooperateIds = p.idList(v.elements()); }},
+    {QLatin1String("createdAt"), [](Value v, Node n, Pool p) { n.createdAt = p.dateTime(v.text()); }},
+    {QLatin1String("createdBy"), [](Value v, Node n, Pool p) { n.createdBy = p.shared(v.text()); }},
+    // The service sends a number here and takes a boolean; a boolean that is read back therefore reads as
+    // false.
+    {QLatin1String("displaySimulation"), [](Value v, Node n, Pool) { n.displaySimulation = v.wholeNumber() != 0; }},
+    {QLatin1String("documentIds"), [](Value v, Node n, Pool p) { n.documentIds = p.idList(v.elements()); }},
+    {QLatin1String("documents"), [](Value v, Node n, Pool p) { readDocuments(v.elements(), n, p); }},
+    {QLatin1String("dynamicEffect"), [](Value v, Node n, Pool) { n.dynamicEffect = v.wholeNumber(); }},
+    {QLatin1String("entityHideDate"), [](Value v, Node n, Pool p) { n.entityHideDate = p.dateTime(v.text()); }},
+    {QLatin1String("entityHideType"), [](Value v, Node n, Pool) { n.entityHideType = v.wholeNumber(); }},
+    {QLatin1String("executeIds"), [](Value v, Node n, Pool p) { n.executeIds = p.idList(v.elements()); }},
+    {QLatin1String("finishDate"), [](Value v, Node n, Pool p) { n.finishDate = p.dateTime(v.text()); }},
+    {QLatin1String("finishedPercentage"), [](Value v, Node n, Pool) { n.finishedPercentage = v.real(); }},
+    {QLatin1String("id"), [](Value v, Node n, Pool) { n.planNodeId = v.wholeNumber(); }},
+    {QLatin1String("isDistributed"), [](Value v, Node n, Pool) { n.isDistributed = v.flag(); }},
+    {QLatin1String("materialBills"), [](Value v, Node n, Pool p) { readMaterialBills(v.elements(), n, p); }},
+    {QLatin1String("milestone"), [](Value v, Node n, Pool) { n.milestone = v.flag(); }},
+    {QLatin1String("name"), [](Value v, Node n, Pool p) { n.name = p.shared(v.text()); }},
+    {QLatin1String("parentTaskID"), [](Value v, Node n, Pool) { n.parentTaskId = v.wholeNumber(); }},
+    {QLatin1String("planId"), [](Value v, Node n, Pool p) { n.planId = p.shared(v.text()); }},
+    {QLatin1String("planName"), [](Value v, Node n, Pool p) { n.planName = p.shared(v.text()); }},
+    {QLatin1String("planWorkload"), [](Value v, Node n, Pool) { n.planWorkload = v.wholeNumber(); }},
+    {QLatin1String("predecessors"), [](Value v, Node n, Pool p) { readPredecessors(v.elements(), n, p); }},
+    {QLatin1String("projectId"), [](Value v, Node n, Pool p) { n.projectId = p.shared(v.text()); }},
+    {QLatin1String("remark"), [](Value v, Node n, Pool p) { n.remark = p.shared(v.text()); }},
+    {QLatin1String("startDate"), [](Value v, Node n, Pool p) { n.startDate = p.dateTime(v.text()); }},
+    {QLatin1String("summary"), [](Value v, Node n, Pool) { n.summary = v.flag(); }},
+    {QLatin1String("uniqueId"), [](Value v, Node n, Pool) { n.uniqueId = v.wholeNumber(); }},
+    {QLatin1String("updatedAt"), [](Value v, Node n, Pool p) { n.updatedAt = p.dateTime(v.text()); }},
+    {QLatin1String("updatedBy"), [](Value v, Node n, Pool p) { n.updatedBy = p.shared(v.text()); }},
+    {QLatin1String("userIds"), [](Value v, Node n, Pool p) { n.userIds = p.idList(v.elements()); }},
+};
+// clang-format on
+
+void readDuration(const QCborMap& in, KvDuration& out, KvDecodePool& pool)
 {
-    const QJsonArray array = value.toArray();
-    for (const QJsonValue& element : array)
-        out.predecessors.append(jsonObjectToPredecessor(element.toObject()));
+    static const KvFields fields(durationFields);
+    fields.read(in, out, pool);
 }
 
-void readDocuments(Value value, Node out)
+void readPredecessor(const QCborMap& in, KvPlanPredecessor& out, KvDecodePool& pool)
 {
-    out.documents.clear();
-    const QJsonArray array = value.toArray();
-    for (const QJsonValue& element : array)
-        out.documents.append(jsonObjectToDocument(element.toObject()));
+    static const KvFields fields(predecessorFields);
+    fields.read(in, out, pool);
 }
 
-void readMaterialBills(Value value, Node out, Pool pool)
+void readPredecessors(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool)
 {
-    out.materialBills.clear();
-    const QJsonArray array = value.toArray();
-    for (const QJsonValue& element : array) {
-        const QJsonObject bill = element.toObject();
-        out.materialBills.insert(bill.value(QLatin1String("rId")).toString(),
-                                 pool.idList(bill.value(QLatin1String("statusIds"))));
+    for (const QCborValue& element : in) {
+        out.predecessors.append(KvPlanPredecessor());
+        readPredecessor(element.toMap(), out.predecessors.last(), pool);
     }
 }
 
-struct NodeField
+void readDocument(const QCborMap& in, KvDocument& out, KvDecodePool& pool)
 {
-    QLatin1String key;
-    void (*read)(Value, Node, Pool);
-};
+    static const KvFields fields(documentFields);
+    fields.read(in, out, pool);
+}
 
-// In ascending order of the keys, which is the order in which a JSON object hands them out: a node is then
-// read in one walk over its object, where a look-up a key would cost more than all the rest together.
-const NodeField nodeFields[] = {
-    {QLatin1String("GUID"),
-     [](Value v, Node n, Pool) {
-         n.guid = v.toString();
-     }},
-    {QLatin1String("_id"),
-     [](Value v, Node n, Pool) {
-         n.id = v.toString();
-     }},
-    {QLatin1String("actualFinishDate"),
-     [](Value v, Node n, Pool p) {
-         n.actualFinishDate = p.dateTime(v);
-     }},
-    {QLatin1String("actualStartDate"),
-     [](Value v, Node n, Pool p) {
-         n.actualStartDate = p.dateTime(v);
-     }},
-    {QLatin1String("actualWorkload"),
-     [](Value v, Node n, Pool) {
-         n.actualWorkload = v.toInt(0);
-     }},
-    {QLatin1String("category"),
-     [](Value v, Node n, Pool p) {
-         n.category = p.text(v);
-     }},
-    {QLatin1String("cooperateIds"),
-     [](Value v, Node n, Pool p) {
-         n.cooperateIds = p.idList(v);
-     }},
-    {QLatin1String("createdAt"),
-     [](Value v, Node n, Pool p) {
-         n.createdAt = p.dateTime(v);
-     }},
-    {QLatin1String("createdBy"),
-     [](Value v, Node n, Pool p) {
-         n.createdBy = p.text(v);
-     }},
-    // The service sends a number here and takes a boolean; a boolean that is read back therefore reads as
-    // false.
-    {QLatin1String("displaySimulation"),
-     [](Value v, Node n, Pool) {
-         n.displaySimulation = v.toInt(0) != 0;
-     }},
-    {QLatin1String("documentIds"),
-     [](Value v, Node n, Pool p) {
-         n.documentIds = p.idList(v);
-     }},
-    {QLatin1String("documents"),
-     [](Value v, Node n, Pool) {
-         readDocuments(v, n);
-     }},
-    {QLatin1String("dynamicEffect"),
-     [](Value v, Node n, Pool) {
-         n.dynamicEffect = v.toInt(0);
-     }},
-    // The service names the links "entity" when it sends them and "links" when it takes them.
-    {QLatin1String("entity"),
-     [](Value v, Node n, Pool) {
-         n.links = KvPub::jsonArrayToLinksEntity(v.toArray());
-     }},
-    {QLatin1String("entityHideDate"),
-     [](Value v, Node n, Pool p) {
-         n.entityHideDate = p.dateTime(v);
-     }},
-    {QLatin1String("entityHideType"),
-     [](Value v, Node n, Pool) {
-         n.entityHideType = v.toInt(0);
-     }},
-    {QLatin1String("executeIds"),
-     [](Value v, Node n, Pool p) {
-         n.executeIds = p.idList(v);
-     }},
-    {QLatin1String("finishDate"),
-     [](Value v, Node n, Pool p) {
-         n.finishDate = p.dateTime(v);
-     }},
-    {QLatin1String("finishedPercentage"),
-     [](Value v, Node n, Pool) {
-         n.finishedPercentage = v.toDouble(0.0);
-     }},
-    {QLatin1String("id"),
-     [](Value v, Node n, Pool) {
-         n.planNodeId = v.toInt(0);
-     }},
-    {QLatin1String("isDistributed"),
-     [](Value v, Node n, Pool) {
-         n.isDistributed = v.toBool(false);
-     }},
-    {QLatin1String("materialBills"),
-     [](Value v, Node n, Pool p) {
-         readMaterialBills(v, n, p);
-     }},
-    {QLatin1String("milestone"),
-     [](Value v, Node n, Pool) {
-         n.milestone = v.toBool(false);
-     }},
-    {QLatin1String("name"),
-     [](Value v, Node n, Pool) {
-         n.name = v.toString();
-     }},
-    {QLatin1String("parentTaskID"),
-     [](Value v, Node n, Pool) {
-         n.parentTaskId = v.toInt(0);
-     }},
-    {QLatin1String("planId"),
-     [](Value v, Node n, Pool p) {
-         n.planId = p.text(v);
-     }},
-    {QLatin1String("planName"),
-     [](Value v, Node n, Pool p) {
-         n.planName = p.text(v);
-     }},
-    {QLatin1String("planWorkload"),
-     [](Value v, Node n, Pool) {
-         n.planWorkload = v.toInt(0);
-     }},
-    {QLatin1String("predecessors"),
-     [](Value v, Node n, Pool) {
-         readPredecessors(v, n);
-     }},
-    {QLatin1String("projectId"),
-     [](Value v, Node n, Pool p) {
-         n.projectId = p.text(v);
-     }},
-    {QLatin1String("remark"),
-     [](Value v, Node n, Pool p) {
-         n.remark = p.text(v);
-     }},
-    {QLatin1String("startDate"),
-     [](Value v, Node n, Pool p) {
-         n.startDate = p.dateTime(v);
-     }},
-    {QLatin1String("summary"),
-     [](Value v, Node n, Pool) {
-         n.summary = v.toBool(false);
-     }},
-    {QLatin1String("uniqueId"),
-     [](Value v, Node n, Pool) {
-         n.uniqueId = v.toInt(0);
-     }},
-    {QLatin1String("updatedAt"),
-     [](Value v, Node n, Pool p) {
-         n.updatedAt = p.dateTime(v);
-     }},
-    {QLatin1String("updatedBy"),
-     [](Value v, Node n, Pool p) {
-         n.updatedBy = p.text(v);
-     }},
-    {QLatin1String("userIds"),
-     [](Value v, Node n, Pool p) {
-         n.userIds = p.idList(v);
-     }},
-};
-constexpr int nodeFieldCount = int(std::size(nodeFields));
-static_assert(nodeFieldCount <= 64, "the fields seen are kept in one 64-bit word");
-
-int nodeFieldIndex(const QString& key)
+void readDocuments(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool)
 {
-    const auto at = std::lower_bound(std::begin(nodeFields), std::end(nodeFields), key,
-                                     [](const NodeField& field, const QString& k) { return field.key < k; });
-    return at != std::end(nodeFields) && at->key == key ? int(at - std::begin(nodeFields)) : -1;
+    out.documents.clear();
+    for (const QCborValue& element : in) {
+        out.documents.append(KvDocument());
+        readDocument(element.toMap(), out.documents.last(), pool);
+    }
+}
+
+void readMaterialBills(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool)
+{
+    static const KvFields fields(materialBillFields);
+    out.materialBills.clear();
+    for (const QCborValue& element : in) {
+        MaterialBill bill;
+        fields.read(element.toMap(), bill, pool);
+        out.materialBills.insert(bill.first, bill.second);
+    }
 }
 
 } // namespace
@@ -229,14 +164,14 @@ void jsonObjectToPlan(const QJsonObject& in, KvPlan& out)
     out.projectId = in.value(QLatin1String("projectId")).toString();
     out.name = in.value(QLatin1String("name")).toString();
     out.projectFileId = in.value(QLatin1String("projectFile")).toString();
-    out.createdAt = pool.dateTime(in.value(QLatin1String("createdAt")));
+    out.createdAt = pool.dateTime(in.value(QLatin1String("createdAt")).toString());
     out.createdBy = in.value(QLatin1String("createdBy")).toString();
-    out.updatedAt = pool.dateTime(in.value(QLatin1String("updatedAt")));
+    out.updatedAt = pool.dateTime(in.value(QLatin1String("updatedAt")).toString());
     out.updatedBy = in.value(QLatin1String("updatedBy")).toString();
     // Replaces the older key "projectFile" read above, also by nothing: existing services send both.
     out.projectFileId = in.value(QLatin1String("projectFileId")).toString();
     out.isPublic = in.value(QLatin1String("public")).toInt(0);
-    out.ranges = idListFromJson(in.value(QLatin1String("ranges")));
+    out.ranges = pool.idList(QCborArray::fromJsonArray(in.value(QLatin1String("ranges")).toArray()));
 
     out.planNodes.clear();
     const QJsonArray tasks = in.value(QLatin1String("tasks")).toArray();
@@ -279,23 +214,11 @@ void jsonObjectToPlanNode(const QJsonObject& in, KvPlanNode& out)
 
 void jsonObjectToPlanNode(const QJsonObject& in, KvPlanNode& out, KvDecodePool& pool)
 {
-    quint64 seen = 0;
-    int next = 0;
-    const auto end = in.constEnd();
-    for (auto member = in.constBegin(); member != end; ++member) {
-        const QString key = member.key();
-        const int field = next < nodeFieldCount && key == nodeFields[next].key ? next : nodeFieldIndex(key);
-        if (field < 0)
-            continue;
-        nodeFields[field].read(member.value(), out, pool);
-        seen |= quint64(1) << field;
-        next = field + 1;
-    }
-    const QJsonValue missing(QJsonValue::Undefined);
-    for (int field = 0; field < nodeFieldCount; ++field) {
-        if (!(seen >> field & 1))
-            nodeFields[field].read(missing, out, pool);
-    }
+    static const KvFields fields(nodeFields);
+    fields.read(QCborMap::fromJsonObject(in), out, pool);
+    // The service names the links "entity" when it sends them and "links" when it takes them.
+    const QJsonArray links = in.value(QLatin1String("entity")).toArray();
+    out.links = links.isEmpty() ? KvLinksEntity() : KvPub::jsonArrayToLinksEntity(links);
     if (out.guid.isEmpty())
         out.guid = out.id;
 }
@@ -360,15 +283,9 @@ void planNodeToJsonObject(const KvPlanNode& in, QJsonObject& out, bool withId)
 
 KvPlanPredecessor jsonObjectToPredecessor(const QJsonObject& in)
 {
+    KvDecodePool pool;
     KvPlanPredecessor out;
-    out.sourcePlanNodeName = in.value(QLatin1String("SourcePlanNodeName")).toString();
-    out.targetPlanNodeName = in.value(QLatin1String("TargetPlanNodeName")).toString();
-    out.lag = jsonObjectToDuration(in.value(QLatin1String("Lag")).toObject());
-    out.type = in.value(QLatin1String("Type")).toInt(0);
-    out.sourcePlanNodeUniqueId = in.value(QLatin1String("SourcePlanNodeUniqueID")).toInt(0);
-    out.targetPlanNodeUniqueId = in.value(QLatin1String("TargetPlanNodeUniqueID")).toString();
-    out.sourcePlanNodeId = in.value(QLatin1String("SourcePlanNodeID")).toInt(0);
-    out.targetPlanNodeId = in.value(QLatin1String("TargetPlanNodeID")).toInt(0);
+    readPredecessor(QCborMap::fromJsonObject(in), out, pool);
     return out;
 }
 
@@ -386,12 +303,11 @@ QJsonObject predecessorToJsonObject(const KvPlanPredecessor& in)
     return out;
 }
 
-// A missing unit reads as 0, not as the record's default of days: the sender then gave no unit.
 KvDuration jsonObjectToDuration(const QJsonObject& in)
 {
+    KvDecodePool pool;
     KvDuration out;
-    out.value = in.value(QLatin1String("Duration")).toDouble(0.0);
-    out.units = in.value(QLatin1String("Units")).toInt(0);
+    readDuration(QCborMap::fromJsonObject(in), out, pool);
     return out;
 }
 
@@ -402,13 +318,9 @@ QJsonObject durationToJsonObject(const KvDuration& in)
 
 KvDocument jsonObjectToDocument(const QJsonObject& in)
 {
+    KvDecodePool pool;
     KvDocument out;
-    out.id = in.value(QLatin1String("_id")).toString();
-    out.name = in.value(QLatin1String("name")).toString();
-    out.fileSize = in.value(QLatin1String("fileSize")).toInt(0);
-    out.suffix = in.value(QLatin1String("suffix")).toString();
-    out.createdAt = in.value(QLatin1String("createdAt")).toString();
-    out.createdBy = in.value(QLatin1String("createdBy")).toString();
+    readDocument(QCborMap::fromJsonObject(in), out, pool);
     return out;
 }
 

@@ -1,0 +1,118 @@
+#pragma once
+
+#include <QtCore/QCborArray>
+#include <QtCore/QCborMap>
+#include <QtCore/QCborValue>
+#include <QtCore/QJsonObject>
+#include <QtCore/QJsonValue>
+#include <QtCore/QLatin1String>
+#include <QtCore/QString>
+#include <QtCore/QVector>
+
+#include <algorithm>
+#include <array>
+
+namespace Kv {
+
+class KvDecodePool;
+
+/// One member of a JSON object, or one that is missing, as the record readers read it: what is missing or of
+/// another type reads as empty, 0, 0.0 or false, just as QJsonValue's own conversions have it.
+///
+/// Qt keeps a JSON object as a CBOR map, and a view of the one as the other costs nothing. The view is what
+/// is read here, because a QJsonValue of each member would cost more than the reading itself.
+class KvJsonMember
+{
+public:
+    KvJsonMember() = default;
+    explicit KvJsonMember(const QCborValueRef& value)
+        : m_value(&value)
+    {
+    }
+
+    QString text() const { return m_value && m_value->isString() ? m_value->toString() : QString(); }
+    bool flag() const { return m_value && m_value->toBool(false); }
+    double real() const { return m_value ? m_value->toDouble(0.0) : 0.0; }
+
+    int wholeNumber() const
+    {
+        if (!m_value)
+            return 0;
+        if (m_value->isInteger()) {
+            const qint64 number = m_value->toInteger();
+            return number == int(number) ? int(number) : 0;
+        }
+        return m_value->isDouble() ? QJsonValue(m_value->toDouble()).toInt(0) : 0;
+    }
+
+    /// The member as an array; empty when it is none.
+    QCborArray elements() const { return m_value && m_value->isArray() ? m_value->toArray() : QCborArray(); }
+
+    /// The member as an object; empty when it is none.
+    QCborMap members() const { return m_value && m_value->isMap() ? m_value->toMap() : QCborMap(); }
+
+private:
+    const QCborValueRef* m_value = nullptr;
+};
+
+/// How one key of an object is read into a record.
+template<class Record>
+struct KvField
+{
+    QLatin1String key;
+    void (*read)(const KvJsonMember& member, Record& out, KvDecodePool& pool);
+};
+
+/// The fields of a record in ascending order of their keys, which is the order in which an object holds them:
+/// it is then read in one walk, where a look-up a key would cost as much as parsing the text did.
+template<class Record, std::size_t Count>
+class KvFields
+{
+    static_assert(Count <= 64, "the fields seen are kept in one 64-bit word");
+
+public:
+    explicit KvFields(const KvField<Record> (&fields)[Count])
+        : m_fields(fields)
+    {
+        for (std::size_t i = 0; i < Count; ++i)
+            m_keys[i] = QCborValue(fields[i].key);
+    }
+
+    /// Reads every field; those that @p in has no key for read as missing.
+    void read(const QCborMap& in, Record& out, KvDecodePool& pool) const
+    {
+        quint64 seen = 0;
+        std::size_t next = 0;
+        const auto end = in.constEnd();
+        for (auto entry = in.constBegin(); entry != end; ++entry) {
+            const auto member = *entry;
+            const std::size_t field =
+                next < Count && member.first == m_keys[next] ? next : find(member.first);
+            if (field == Count)
+                continue;
+            m_fields[field].read(KvJsonMember(member.second), out, pool);
+            seen |= quint64(1) << field;
+            next = field + 1;
+        }
+        for (std::size_t field = 0; field < Count; ++field) {
+            if (!(seen >> field & 1))
+                m_fields[field].read(KvJsonMember(), out, pool);
+        }
+    }
+
+private:
+    std::size_t find(const QCborValueRef& key) const
+    {
+        const QString text = key.toString();
+        const auto end = m_fields + Count;
+        const auto at =
+            std::lower_bound(m_fields, end, text,
+                             [](const KvField<Record>& field, const QString& k) { return field.key < k; });
+        return at != end && at->key == text ? std::size_t(at - m_fields) : Count;
+    }
+
+    const KvField<Record>* m_fields;
+    std::array<QCborValue, Count> m_keys;
+};
+
+} // namespace Kv
