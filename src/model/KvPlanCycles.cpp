@@ -1,0 +1,57 @@
+#include <model/KvPlanDataUtils.h>
+
+#include <model/KvNumberRanks.h>
+#include <model/KvTreePlacement.h>
+
+#include <algorithm>
+#include <numeric>
+#include <vector>
+
+namespace KvPlanDataUtils {
+
+QList<QList<int>> findParentCycles(const QList<KvPlanNode>& nodes)
+{
+    // Which nodes find a place does not depend on the order of the rounds, so none is made.
+    std::vector<int> positions(static_cast<std::size_t>(nodes.size()));
+    std::iota(positions.begin(), positions.end(), 0);
+    const Kv::KvTreePlacement placement(nodes, positions);
+    if (placement.isComplete())
+        return {};
+
+    // Whoever waits names a number of the list, and all nodes of that number wait too. So from each waiting
+    // node one comes to the next, and at last into a circle.
+    std::vector<int> uniqueIds;
+    uniqueIds.reserve(positions.size());
+    for (const KvPlanNode& node : nodes)
+        uniqueIds.push_back(node.uniqueId);
+    const Kv::KvNumberRanks numbers(uniqueIds);
+    std::vector<int> firstOfNumber(static_cast<std::size_t>(numbers.count()), -1);
+    for (int position = nodes.size() - 1; position >= 0; --position)
+        firstOfNumber[static_cast<std::size_t>(numbers.rankOf(nodes.at(position).uniqueId))] = position;
+    const auto parentOf = [&](int position) {
+        return firstOfNumber[static_cast<std::size_t>(numbers.rankOf(nodes.at(position).parentTaskId))];
+    };
+    QList<QList<int>> cycles;
+    std::vector<int> walkOf(positions.size(), -1); // the start of the walk that has come by
+    for (int start = 0; start < nodes.size(); ++start) {
+        if (!placement.isWaiting(start))
+            continue;
+        QList<int> walk;
+        int at = start;
+        while (walkOf[static_cast<std::size_t>(at)] < 0) {
+            walkOf[static_cast<std::size_t>(at)] = start;
+            walk.append(at);
+            at = parentOf(at);
+        }
+        if (walkOf[static_cast<std::size_t>(at)] != start)
+            continue; // leads to a circle that is known
+        QList<int> cycle = walk.mid(walk.indexOf(at));
+        std::rotate(cycle.begin(), std::min_element(cycle.begin(), cycle.end()), cycle.end());
+        cycles.append(cycle);
+    }
+    std::sort(cycles.begin(), cycles.end(),
+              [](const QList<int>& a, const QList<int>& b) { return a.first() < b.first(); });
+    return cycles;
+}
+
+} // namespace KvPlanDataUtils
