@@ -98,6 +98,11 @@ QString httpStatus(const QNetworkReply& reply, int status, const QByteArray& bod
 
 QString connectionLost(const QNetworkReply& reply, qint64 received)
 {
+    if (!reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid())
+        return QStringLiteral(
+                   "the connection to %1 was lost before an answer in HTTP came; try again, or check that "
+                   "the base address is that of the service")
+            .arg(KvUrlText::origin(reply.request().url()));
     return QStringLiteral("the connection to %1 was lost after %2 bytes of the reply; try again")
         .arg(KvUrlText::origin(reply.request().url()))
         .arg(received);
@@ -109,11 +114,13 @@ QString notHttp(const QNetworkReply& reply)
         .arg(KvUrlText::origin(reply.request().url()));
 }
 
-QString unusableAddress(const QString& scheme)
+QString unusableAddress(const QUrl& url)
 {
-    const QString fault =
-        scheme.isEmpty() ? QStringLiteral("no base address is set")
-                         : QStringLiteral("the base address begins with \"%1:\"").arg(oneLine(scheme, 40));
+    QString fault = QStringLiteral("the base address is no valid URL");
+    if (url.isEmpty() || (url.isValid() && url.scheme().isEmpty()))
+        fault = QStringLiteral("no base address is set");
+    else if (url.isValid() && !url.scheme().startsWith(QLatin1String("http")))
+        fault = QStringLiteral("the base address begins with \"%1:\"").arg(oneLine(url.scheme(), 40));
     return fault + QStringLiteral("; set one that begins with http:// or https:// (KV_BASE_API)");
 }
 
@@ -138,8 +145,9 @@ QString withoutSecrets(const QString& text, const QNetworkRequest& request)
 {
     QString clean = text;
     const QByteArray authorization = request.rawHeader("Authorization");
-    const QString token = QString::fromLatin1(authorization.mid(authorization.indexOf(' ') + 1));
-    const QString password = request.url().password();
+    const QByteArray credentials = authorization.mid(authorization.indexOf(' ') + 1);
+    const QString token = QString::fromLatin1(credentials);
+    const QString password = request.url().password(QUrl::FullyDecoded);
     for (const QString& secret : {token, password}) {
         if (!secret.isEmpty())
             clean.replace(secret, QLatin1String("***"));

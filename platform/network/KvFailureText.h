@@ -5,6 +5,7 @@
 
 class QNetworkReply;
 class QNetworkRequest;
+class QUrl;
 
 /// The words of a report: what failed, with which value, and what to do next. One line each, of limited
 /// length, and without query, user name, password or body.
@@ -22,7 +23,7 @@ QString untrusted(const QNetworkReply& reply, const QString& certificateFaults);
 QString httpStatus(const QNetworkReply& reply, int status, const QByteArray& body);
 QString connectionLost(const QNetworkReply& reply, qint64 received);
 QString notHttp(const QNetworkReply& reply);
-QString unusableAddress(const QString& scheme);
+QString unusableAddress(const QUrl& url);
 QString idleTimeout(int milliseconds);
 QString totalTimeout(int milliseconds);
 QString tooLarge(qint64 limit);

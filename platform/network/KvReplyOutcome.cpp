@@ -30,6 +30,16 @@ QString methodOf(const QNetworkReply& reply)
     }
 }
 
+// Content-Length, or -1 without one. When a redirect was followed, Qt may keep that of the first reply and
+// put the last one behind it, with a comma between.
+qint64 declaredLength(const QNetworkReply& reply)
+{
+    const QByteArray text = reply.rawHeader("Content-Length");
+    bool isNumber = false;
+    const qint64 length = text.mid(text.lastIndexOf(',') + 1).trimmed().toLongLong(&isNumber);
+    return isNumber ? length : -1;
+}
+
 bool isSpace(char c)
 {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
@@ -148,7 +158,7 @@ void KvReplyOutcome::startTimer()
 void KvReplyOutcome::takeLength()
 {
     noteActivity();
-    if (m_reply->header(QNetworkRequest::ContentLengthHeader).toLongLong() > m_limits.replyBytes)
+    if (declaredLength(*m_reply) > m_limits.replyBytes)
         end(KvNetworkReport::Aborted, KvFailureText::tooLarge(m_limits.replyBytes));
 }
 
@@ -163,7 +173,7 @@ void KvReplyOutcome::takeBody()
         m_body = m_reply->readAll();
         // The rest goes behind it without moving it each time; what the service promises is not worth a great
         // deal.
-        const qint64 length = m_reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
+        const qint64 length = declaredLength(*m_reply);
         if (length > m_body.size())
             m_body.reserve(static_cast<int>(qMin<qint64>(length, 16 * 1024 * 1024)));
     } else {
@@ -203,7 +213,7 @@ void KvReplyOutcome::judge()
         setOutcome(KvNetworkReport::Timeout, KvFailureText::unreachable(*m_reply));
     } else if (error == QNetworkReply::OperationCanceledError) {
         setOutcome(KvNetworkReport::Aborted, QStringLiteral("the request was aborted"));
-    } else if (error == QNetworkReply::RemoteHostClosedError ||
+    } else if (error == QNetworkReply::RemoteHostClosedError || error == QNetworkReply::ContentReSendError ||
                (status > 0 && error != QNetworkReply::NoError)) {
         setOutcome(KvNetworkReport::Aborted, KvFailureText::connectionLost(*m_reply, m_body.size()));
     } else if (error == QNetworkReply::ProtocolFailure || error >= QNetworkReply::ContentAccessDenied) {
@@ -219,8 +229,7 @@ void KvReplyOutcome::judge()
 
 void KvReplyOutcome::judgeBody()
 {
-    const QVariant length = m_reply->header(QNetworkRequest::ContentLengthHeader);
-    if (length.isValid() && m_body.size() < length.toLongLong()) {
+    if (m_body.size() < declaredLength(*m_reply)) {
         setOutcome(KvNetworkReport::Aborted, KvFailureText::connectionLost(*m_reply, m_body.size()));
         return;
     }

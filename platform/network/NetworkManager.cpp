@@ -2,6 +2,7 @@
 
 #include "KvFailureText.h"
 #include "KvNetworkLimits.h"
+#include "KvOneTimeBody.h"
 #include "KvReplyOutcome.h"
 #include "KvUrlText.h"
 
@@ -28,7 +29,8 @@ QString verbName(int verb)
 
 bool isUsable(const QUrl& url)
 {
-    return (url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https")) &&
+    return url.isValid() &&
+           (url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https")) &&
            !url.host().isEmpty();
 }
 
@@ -127,9 +129,9 @@ QNetworkReply* NetworkManager::send(Verb verb, const QString& urlText, const QBy
     // An address that is none is given to Qt as one that it knows nothing of, so that there is a reply all
     // the same.
     QNetworkRequest request = makeRequest(isUsable(url) ? url : QUrl(QStringLiteral("unusable:")));
-    const QByteArray token = accessToken();
-    if (!token.isEmpty() && KvUrlText::isSameOrigin(url, QUrl(KvBaseApi::GetInstance().getBaseApi())))
-        request.setRawHeader("Authorization", "Bearer " + token);
+    const QByteArray authorization = authorizationFor(url);
+    if (!authorization.isEmpty())
+        request.setRawHeader("Authorization", authorization);
 
     const QString path = KvFailureText::withoutSecrets(url.path(QUrl::FullyEncoded), request);
     if (!open()) {
@@ -148,7 +150,7 @@ QNetworkReply* NetworkManager::send(Verb verb, const QString& urlText, const QBy
     limits.replyBytes = m_replyBytes;
     auto* outcome = new KvReplyOutcome(start(verb, request, body), limits);
     if (!isUsable(url))
-        outcome->setUnsent(verbName(verb), path, KvFailureText::unusableAddress(url.scheme()));
+        outcome->setUnsent(verbName(verb), path, KvFailureText::unusableAddress(url));
     if (outcome->isConcluded())
         Q_EMIT requestFinished(outcome->report());
     else
@@ -158,18 +160,16 @@ QNetworkReply* NetworkManager::send(Verb verb, const QString& urlText, const QBy
 
 QNetworkReply* NetworkManager::start(Verb verb, QNetworkRequest& request, const QByteArray& body)
 {
-    switch (verb) {
-    case Post:
+    if (verb == Post || verb == Put) {
         request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json"));
-        return m_access->post(request, body);
-    case Put:
-        request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json"));
-        return m_access->put(request, body);
-    case Delete:
-        return m_access->deleteResource(request);
-    case Get:
-        break;
+        auto* device = new KvOneTimeBody(body);
+        QNetworkReply* const reply =
+            verb == Post ? m_access->post(request, device) : m_access->put(request, device);
+        device->setParent(reply);
+        return reply;
     }
+    if (verb == Delete)
+        return m_access->deleteResource(request);
     // Only a read may be asked for again elsewhere without a change being made twice, or where it was not
     // meant.
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::SameOriginRedirectPolicy);
@@ -220,11 +220,17 @@ void NetworkManager::closeInstance()
     manager.m_hasQuit = false; // a QCoreApplication that is built afterwards begins anew
 }
 
-QByteArray NetworkManager::accessToken()
+QByteArray NetworkManager::authorizationFor(const QUrl& url)
 {
     if (!m_accessToken)
         m_accessToken = usableToken(qgetenv("KV_ACCESS_TOKEN"));
-    return *m_accessToken;
+    if (!m_accessToken->isEmpty() &&
+        KvUrlText::isSameOrigin(url, QUrl(KvBaseApi::GetInstance().getBaseApi())))
+        return "Bearer " + *m_accessToken;
+    // Sent unasked, because a body cannot be sent again once the service has asked.
+    if (!url.userInfo().isEmpty())
+        return "Basic " + url.userInfo(QUrl::FullyDecoded).toUtf8().toBase64();
+    return {};
 }
 
 int NetworkManager::idleMs()

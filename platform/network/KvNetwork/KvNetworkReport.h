@@ -15,7 +15,7 @@ struct KvNetworkReport
         Timeout, ///< nothing came for the idle time, or the whole took longer than the total time
         Refused, ///< the service cannot be reached: refused, unknown host, no usable base address
         Tls,     ///< the secure connection was not established; the message names the certificate's fault
-        Http,    ///< a status other than 2xx, a redirect that is not followed, or no HTTP at all
+        Http,    ///< a status other than 2xx, or a redirect that is not followed
         Parse,   ///< the body is no JSON
         Aborted  ///< broken off: connection lost, reply too large, reply deleted, application quits
     };

@@ -11,6 +11,7 @@
 class QNetworkAccessManager;
 class QNetworkReply;
 class QNetworkRequest;
+class QUrl;
 
 /// Sends requests to the back end. To be used on the thread of the QCoreApplication.
 ///
@@ -21,16 +22,19 @@ class QNetworkRequest;
 ///
 /// A URL is text as the caller composed it, not encoded: what stands in it reaches the service unchanged once
 /// that decodes the percent-encoding. The address ends at the first '/' after "://", the path at the first
-/// '?'. In the query
-/// '&' and the first '=' of a parameter are structure, except inside a string literal of a JSON value (one
-/// that begins with '{' or '['). '%' and two hex digits are taken as encoded already, except inside such a
-/// literal. An identifier that holds '/' or '?', or is "." or "..", cannot be protected that way. URLs other
-/// than http and https fail.
+/// '?'. In the query '&' and the first '=' of a parameter are structure, except inside a string literal of a
+/// JSON value (one that begins with '{' or '['). '%' and two hex digits are taken as encoded already, except
+/// inside such a literal. An identifier that holds '/' or '?', or is "." or "..", cannot be protected that
+/// way. URLs other than http and https fail.
 ///
 /// Every request ends: after the time limits below at the latest, and when its reply exceeds the size limit.
 /// TLS errors fail. A redirect is followed for GET within the same scheme, host and port, five times at most;
-/// any other fails. Nothing is sent again, no cookies, no cached and no compressed replies are used, and
-/// nothing is kept on disk. The proxy is that of the application (QNetworkProxy).
+/// any other fails. POST and PUT are never sent twice: when the connection is lost before an answer the
+/// request fails, and the service may or may not have made the change. GET and DELETE, which do no more when
+/// they come twice, are sent once more over a new connection.
+///
+/// No cookies, no cached and no compressed replies are used, and nothing is kept on disk. The proxy is that
+/// of the application (QNetworkProxy).
 class KVNETWORK_EXPORT NetworkManager : public QObject
 {
     Q_OBJECT
@@ -86,7 +90,7 @@ private:
     bool open();
     void quit();
     static void closeInstance();
-    QByteArray accessToken();
+    QByteArray authorizationFor(const QUrl& url);
     int idleMs();
 
     QNetworkAccessManager* m_access = nullptr;
