@@ -2,12 +2,22 @@
 
 #include <QtCore/QVector>
 
+#include <new>
+#include <utility>
+
 KvPlanNode::KvPlanNode() = default;
 KvPlanNode::KvPlanNode(const KvPlanNode& other) = default;
 KvPlanNode::KvPlanNode(KvPlanNode&& other) noexcept = default;
-KvPlanNode& KvPlanNode::operator=(KvPlanNode&& other) noexcept = default;
 
-// Through a copy, because `other` may live in our own children, which the assignment lets go.
+// Through a node of its own, because `other` may live in our children: assigned field by field, it would be
+// destroyed with them half way.
+KvPlanNode& KvPlanNode::operator=(KvPlanNode&& other) noexcept
+{
+    KvPlanNode taken(std::move(other));
+    this->~KvPlanNode();
+    return *new (this) KvPlanNode(std::move(taken));
+}
+
 KvPlanNode& KvPlanNode::operator=(const KvPlanNode& other)
 {
     return *this = KvPlanNode(other);
