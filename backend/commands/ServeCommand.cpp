@@ -4,6 +4,11 @@
 #include "../store/OpenStore.h"
 #include "Commands.h"
 
+#include <cstdlib>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 namespace PlanService {
 
 namespace {
@@ -28,9 +33,21 @@ void addServeOptions(Options& options)
                 QStringLiteral("FILE"));
     options.add(QStringLiteral("max-body"), QStringLiteral("Largest request body in bytes."),
                 QStringLiteral("N"), QStringLiteral("16777216"));
+    options.add(QStringLiteral("reply-memory"),
+                QStringLiteral("MiB that replies with whole plans may take together; further ones wait."),
+                QStringLiteral("N"), QStringLiteral("2048"));
     options.add(QStringLiteral("read-timeout"),
                 QStringLiteral("Seconds a client has for a whole request, and may stay silent between two."),
                 QStringLiteral("N"), QStringLiteral("30"));
+}
+
+/// The pieces of large replies go back to the system when they are freed. Left alone, the C library keeps a
+/// gigabyte for each worker that ever answered for a plan of a million nodes.
+void returnLargeBlocks()
+{
+#ifdef __GLIBC__
+    mallopt(M_MMAP_THRESHOLD, 256 * 1024);
+#endif
 }
 
 bool isLoopback(const QString& address)
@@ -57,6 +74,7 @@ int runServe(const QStringList& arguments)
     settings.readTimeout = std::chrono::seconds(options.number(QStringLiteral("read-timeout"), 1, 3600));
     const int workerCount = options.number(QStringLiteral("workers"), 1, 64);
 
+    returnLargeBlocks();
     AccessLog log(options.text(QStringLiteral("log")));
     {
         const auto store =
@@ -72,7 +90,8 @@ int runServe(const QStringList& arguments)
     const Router router(serviceRoutes());
     WorkerPool workers(workerCount, longestQueue,
                        [database] { return openStore(database, MissingDatabase::Refuse); });
-    Service service(router, workers, log);
+    Service service(router, workers, log,
+                    qint64{options.number(QStringLiteral("reply-memory"), 1, 1 << 20)} << 20);
     HttpServer server(
         settings,
         [&service](Request&& request, Respond&& respond) {
@@ -85,6 +104,7 @@ int runServe(const QStringList& arguments)
               .arg(settings.address)
               .arg(server.port()));
     server.run();
+    service.stop();
     // Jobs that outlived the stop's patience still hold on to the server.
     workers.finish();
     return 0;

@@ -13,7 +13,7 @@ Reply getHealth(const Call& call)
     json.key("version").utf8(PLANSERVICE_VERSION);
     json.key("schemaVersion").number(schema);
     json.endObject();
-    return {200, {json.take()}, {}};
+    return {200, {json.take()}, {}, {}};
 }
 
 } // namespace PlanService

@@ -13,7 +13,7 @@ Reply getPlan(const Call& call)
                        QStringLiteral("planId"));
     }
     call.caller.requireRead(*plan);
-    return {200, call.store.planJson(id), {}};
+    return {200, call.store.planJson(id), {}, {}};
 }
 
 Reply getPlanNode(const Call& call)
@@ -26,7 +26,7 @@ Reply getPlanNode(const Call& call)
                        QStringLiteral("there is no plan node '%1'").arg(id), QStringLiteral("planNodeId"));
     }
     call.caller.requireRead(*node);
-    return {200, call.store.planNodeJson(id, expand), {}};
+    return {200, call.store.planNodeJson(id, expand), {}, {}};
 }
 
 } // namespace PlanService

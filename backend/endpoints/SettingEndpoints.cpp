@@ -34,7 +34,7 @@ Reply settingReply(const QByteArray& value)
         json.key("value").raw(value);
     }
     json.endObject();
-    return {200, {json.take()}, {}};
+    return {200, {json.take()}, {}, {}};
 }
 
 /// Compact JSON text of any value; QJsonDocument itself writes objects and arrays only.

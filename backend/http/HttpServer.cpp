@@ -227,13 +227,14 @@ private:
             }
         }
         entry.status = reply.status;
-        response.done([this, entry, started](const asio::error_code& error) mutable {
-            entry.delivered = !error;
-            entry.microseconds =
-                std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - started).count();
-            m_log.request(entry);
-            --m_atWork;
-        });
+        response.done(
+            [this, entry, started, lease = std::move(reply.lease)](const asio::error_code& error) mutable {
+                entry.delivered = !error;
+                entry.microseconds =
+                    std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - started).count();
+                m_log.request(entry);
+                --m_atWork;
+            });
     }
 
     void stop()

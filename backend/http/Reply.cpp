@@ -20,7 +20,7 @@ Reply ApiError::reply() const
     json.key("message").utf8(what());
     json.key("field").text(m_field);
     json.endObject().endObject();
-    return {m_status, {json.take()}, m_headers};
+    return {m_status, {json.take()}, m_headers, {}};
 }
 
 ApiError& ApiError::withHeader(const QByteArray& name, const QByteArray& value)

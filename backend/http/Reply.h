@@ -5,6 +5,7 @@
 #include <QPair>
 #include <QString>
 
+#include <memory>
 #include <stdexcept>
 
 namespace PlanService {
@@ -16,6 +17,7 @@ struct Reply
     int status = 200;
     QList<QByteArray> body;
     QList<QPair<QByteArray, QByteArray>> headers;
+    std::shared_ptr<void> lease; ///< held until the reply is out; empty: nobody counts it
 
     qint64 size() const
     {

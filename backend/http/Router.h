@@ -48,6 +48,13 @@ enum class NeedsToken
     No,
 };
 
+/// Whether a route's replies grow with the data.
+enum class ReplySize
+{
+    Small,
+    Large, ///< counts against the memory that replies may take together
+};
+
 struct Route
 {
     QByteArray method;
@@ -55,6 +62,7 @@ struct Route
         pathTemplate; ///< as "/task-service/plans/{planId}"; a placeholder fills one whole, non-empty segment
     Endpoint endpoint = nullptr;
     NeedsToken needsToken = NeedsToken::Yes;
+    ReplySize size = ReplySize::Small;
 };
 
 struct RouteMatch

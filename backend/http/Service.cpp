@@ -5,10 +5,11 @@
 
 namespace PlanService {
 
-Service::Service(const Router& router, WorkerPool& workers, AccessLog& log)
+Service::Service(const Router& router, WorkerPool& workers, AccessLog& log, qint64 replyMemory)
     : m_router(router)
     , m_workers(workers)
     , m_log(log)
+    , m_replyMemory(replyMemory)
 {
 }
 
@@ -21,15 +22,29 @@ void Service::handle(Request&& request, Respond&& respond)
         respond(error.reply());
         return;
     }
-    // Shared, because the queue may refuse the job and the reply is then still to be given.
-    const auto shared = std::make_shared<Respond>(std::move(respond));
-    const bool taken = m_workers.add([this, request = std::move(request), match = std::move(match),
-                                      shared](Store& store) { (*shared)(answer(request, match, store)); });
-    if (!taken) {
+    enqueue(std::make_shared<Pending>(Pending{std::move(request), std::move(match), std::move(respond)}));
+}
+
+void Service::enqueue(const std::shared_ptr<Pending>& pending)
+{
+    if (!m_workers.add([this, pending](Store& store) { run(pending, store); })) {
         ApiError busy(503, QStringLiteral("busy"),
                       QStringLiteral("too many requests are waiting; try again in a moment"));
-        (*shared)(busy.withHeader("Retry-After", "1").reply());
+        pending->respond(busy.withHeader("Retry-After", "1").reply());
     }
+}
+
+void Service::run(const std::shared_ptr<Pending>& pending, Store& store)
+{
+    const bool large = pending->match.route->size == ReplySize::Large;
+    if (large && m_replyMemory.standAside([this, pending] { enqueue(pending); })) {
+        return;
+    }
+    Reply reply = answer(pending->request, pending->match, store);
+    if (large) {
+        reply.lease = m_replyMemory.lease(reply.size());
+    }
+    pending->respond(std::move(reply));
 }
 
 Reply Service::answer(const Request& request, const RouteMatch& match, Store& store) const

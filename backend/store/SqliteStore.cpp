@@ -30,7 +30,7 @@ SqliteStore::SqliteStore(std::unique_ptr<SqliteDatabase> database)
     m_database->execute(sql("PRAGMA journal_mode = WAL"));
     m_database->execute(sql("PRAGMA synchronous = FULL"));
     m_database->execute(sql("PRAGMA foreign_keys = ON"));
-    m_database->execute(sql("PRAGMA mmap_size = 1073741824"));
+    m_database->execute(sql("PRAGMA mmap_size = 268435456"));
 }
 
 int SqliteStore::schemaVersion()

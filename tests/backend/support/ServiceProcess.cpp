@@ -95,11 +95,6 @@ bool ServiceProcess::start(const QStringList& arguments)
     return true;
 }
 
-bool ServiceProcess::isRunning() const
-{
-    return m_process.state() == QProcess::Running;
-}
-
 bool ServiceProcess::stop(int timeoutMs)
 {
     terminate();

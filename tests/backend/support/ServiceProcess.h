@@ -41,7 +41,6 @@ public:
     /// Starts `planservice serve` and waits until it is ready. @return false on failure, which also ends the
     /// process.
     bool start(const QStringList& arguments = {});
-    bool isRunning() const;
     /// SIGTERM; waits for the end. @return true when the service ended by itself with exit code 0.
     bool stop(int timeoutMs = 20000);
     /// SIGTERM without waiting; waitForEnd() does that.
