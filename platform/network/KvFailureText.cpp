@@ -14,6 +14,12 @@ namespace {
 // Error bodies are a few hundred bytes; a larger one is no message for people.
 constexpr int longestErrorBody = 64 * 1024;
 
+// Secrets go before the text is cut, which could leave half of one.
+QString foreign(const QString& text, const QNetworkRequest& request, int maximum = 200)
+{
+    return oneLine(withoutSecrets(text, request), maximum);
+}
+
 QString advice(int status)
 {
     if (status >= 300 && status < 400)
@@ -49,14 +55,14 @@ QString oneLine(const QString& text, int maximum)
     return line.simplified();
 }
 
-QString serviceError(const QByteArray& body)
+QString serviceError(const QByteArray& body, const QNetworkRequest& request)
 {
     if (body.size() > longestErrorBody)
         return {};
     const QJsonObject error = QJsonDocument::fromJson(body).object().value(QLatin1String("error")).toObject();
-    const QString message = oneLine(error.value(QLatin1String("message")).toString());
-    const QString code = oneLine(error.value(QLatin1String("code")).toVariant().toString(), 60);
-    const QString field = oneLine(error.value(QLatin1String("field")).toString(), 60);
+    const QString message = foreign(error.value(QLatin1String("message")).toString(), request);
+    const QString code = foreign(error.value(QLatin1String("code")).toVariant().toString(), request, 60);
+    const QString field = foreign(error.value(QLatin1String("field")).toString(), request, 60);
     QString text = message.isEmpty() ? code : message;
     if (!message.isEmpty() && !code.isEmpty())
         text += QLatin1String(" (") + code + QLatin1Char(')');
@@ -69,7 +75,7 @@ QString unreachable(const QNetworkReply& reply)
 {
     return QStringLiteral(
                "cannot reach %1: %2; check that the service runs and that the base address is right")
-        .arg(KvUrlText::origin(reply.request().url()), oneLine(reply.errorString()));
+        .arg(KvUrlText::origin(reply.request().url()), foreign(reply.errorString(), reply.request()));
 }
 
 QString untrusted(const QNetworkReply& reply, const QString& certificateFaults)
@@ -82,10 +88,11 @@ QString untrusted(const QNetworkReply& reply, const QString& certificateFaults)
 QString httpStatus(const QNetworkReply& reply, int status, const QByteArray& body)
 {
     QString text = QStringLiteral("the service answered %1").arg(status);
-    const QString ownWords = serviceError(body);
+    const QString ownWords = serviceError(body, reply.request());
     if (!ownWords.isEmpty())
         return text + QLatin1String(": ") + ownWords + advice(status);
-    const QString reason = oneLine(reply.attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString());
+    const QString reason =
+        foreign(reply.attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString(), reply.request());
     if (!reason.isEmpty())
         text += QLatin1Char(' ') + reason;
     // A followed redirect that went wrong has its cause in the error alone.
@@ -149,8 +156,10 @@ QString withoutSecrets(const QString& text, const QNetworkRequest& request)
     const QString token = QString::fromLatin1(credentials);
     const QString password = request.url().password(QUrl::FullyDecoded);
     for (const QString& secret : {token, password}) {
-        if (!secret.isEmpty())
-            clean.replace(secret, QLatin1String("***"));
+        if (secret.isEmpty())
+            continue;
+        clean.replace(secret, QLatin1String("***"));
+        clean.replace(QString::fromLatin1(QUrl::toPercentEncoding(secret)), QLatin1String("***"));
     }
     return clean;
 }

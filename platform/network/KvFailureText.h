@@ -16,7 +16,7 @@ QString oneLine(const QString& text, int maximum = 200);
 
 /// The service's own words in a body of the form {"error": {"code", "message", "field"}}; empty when @p body
 /// is no such.
-QString serviceError(const QByteArray& body);
+QString serviceError(const QByteArray& body, const QNetworkRequest& request);
 
 QString unreachable(const QNetworkReply& reply);
 QString untrusted(const QNetworkReply& reply, const QString& certificateFaults);

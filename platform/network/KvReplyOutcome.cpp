@@ -165,7 +165,7 @@ void KvReplyOutcome::takeLength()
 void KvReplyOutcome::takeBody()
 {
     noteActivity();
-    if (m_hasOutcome)
+    if (m_hasOutcome || !m_reply->isOpen()) // an aborted reply is closed
         return;
     if (m_reply->bytesAvailable() > m_limits.replyBytes - m_body.size()) {
         end(KvNetworkReport::Aborted, KvFailureText::tooLarge(m_limits.replyBytes));

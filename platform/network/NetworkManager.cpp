@@ -228,8 +228,9 @@ QByteArray NetworkManager::authorizationFor(const QUrl& url)
         KvUrlText::isSameOrigin(url, QUrl(KvBaseApi::GetInstance().getBaseApi())))
         return "Bearer " + *m_accessToken;
     // Sent unasked, because a body cannot be sent again once the service has asked.
-    if (!url.userInfo().isEmpty())
-        return "Basic " + url.userInfo(QUrl::FullyDecoded).toUtf8().toBase64();
+    const QString user = url.userName(QUrl::FullyDecoded);
+    if (!user.isEmpty())
+        return "Basic " + (user + QLatin1Char(':') + url.password(QUrl::FullyDecoded)).toUtf8().toBase64();
     return {};
 }
 

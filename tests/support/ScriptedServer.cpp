@@ -48,6 +48,11 @@ void ScriptedServer::reset()
     m_connectionCount = 0;
 }
 
+void ScriptedServer::forgetRequests()
+{
+    m_requests.clear();
+}
+
 QList<Request> ScriptedServer::requests() const
 {
     return m_requests;

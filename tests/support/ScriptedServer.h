@@ -43,6 +43,9 @@ public:
     /// Forgets requests, queued replies, handler and complaints, and closes the open connections.
     void reset();
 
+    /// Forgets the requests so far, and nothing else; requestCount() begins at 0 again.
+    void forgetRequests();
+
     QList<Request> requests() const;
     Request lastRequest() const; ///< an empty one when there was none
     int requestCount() const;
