@@ -78,8 +78,8 @@ QJsonObject dump(const KvDocument& document);
 QJsonObject dump(const KvPlanNode& node);
 QJsonObject dump(const KvPlan& plan);
 
-/// A node, or plan, in which every field holds a value that is neither its default nor what a missing key
-/// reads as. Two of different @p seed differ in every field that can.
+/// A node, or plan, in which every field holds something else than its default. Two of different @p seed
+/// differ in every field; flags and numbers between an odd and an even one.
 KvPlanNode fullPlanNode(int seed = 1);
 KvPlan fullPlan(int seed = 1);
 
