@@ -1,0 +1,347 @@
+#include "Text.h"
+#include "store/Migrations.h"
+#include "store/SqliteStore.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QtTest>
+
+using namespace PlanService;
+using KvTest::operator""_s;
+
+namespace {
+
+PlanRecord plan(const QString& id)
+{
+    return {id,
+            "p1"_s,
+            "c1"_s,
+            "Tower \"A\" 塔楼"_s,
+            {},
+            {},
+            "ann"_s,
+            QJsonDocument(QJsonObject{{"_id"_s, id}, {"name"_s, "Tower \"A\" 塔楼"_s}})
+                .toJson(QJsonDocument::Compact)};
+}
+
+PlanNodeRecord node(const QString& planId, const QString& id, int row, int uniqueId, int parent)
+{
+    PlanNodeRecord record;
+    record.id = id;
+    record.planId = planId;
+    record.projectId = "p1"_s;
+    record.name = id;
+    record.rowNumber = row;
+    record.uniqueId = uniqueId;
+    record.parentTaskId = parent;
+    record.createdBy = "ann"_s;
+    record.document = QJsonDocument(QJsonObject{{"_id"_s, id}, {"id"_s, row}}).toJson(QJsonDocument::Compact);
+    return record;
+}
+
+QByteArray joined(const JsonPieces& pieces)
+{
+    QByteArray text;
+    for (const QByteArray& piece : pieces) {
+        text += piece;
+    }
+    return text;
+}
+
+QJsonObject objectOf(const JsonPieces& pieces)
+{
+    return QJsonDocument::fromJson(joined(pieces)).object();
+}
+
+QString refusal(const QString& path, MissingDatabase missing = MissingDatabase::Create)
+{
+    try {
+        openStore(path, missing);
+    } catch (const StoreError& error) {
+        return error.message();
+    }
+    return QString();
+}
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void writeFile(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(content), qint64(content.size()));
+}
+
+} // namespace
+
+class TestStore : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_folder;
+    QString m_path;
+
+    int newest() const { return migrations().last().version; }
+
+private Q_SLOTS:
+    void init()
+    {
+        static int number = 0;
+        m_path = m_folder.filePath("%1.db"_s.arg(++number));
+    }
+
+    void createsAnUpToDateDatabase()
+    {
+        QCOMPARE(inspectDatabaseFile(m_path), DatabaseFile::Missing);
+        {
+            const auto store = openStore(m_path, MissingDatabase::Create);
+            QCOMPARE(store->schemaVersion(), newest());
+        }
+        QCOMPARE(inspectDatabaseFile(m_path), DatabaseFile::Ours);
+        SqliteDatabase database(m_path);
+        QCOMPARE(database.value("PRAGMA journal_mode"_s).toString(), "wal"_s);
+        QCOMPARE(database.value("PRAGMA integrity_check"_s).toString(), "ok"_s);
+    }
+
+    void stepsAreNumberedFromOne()
+    {
+        for (int i = 0; i < migrations().size(); ++i) {
+            QCOMPARE(migrations().at(i).version, i + 1);
+        }
+    }
+
+    void refusesAMissingDatabase()
+    {
+        QVERIFY(refusal(m_path, MissingDatabase::Refuse).contains(m_path));
+        QVERIFY(!QFile::exists(m_path));
+        writeFile(m_path, QByteArray());
+        QVERIFY(refusal(m_path, MissingDatabase::Refuse).contains("is empty"_s));
+        QCOMPARE(contentOf(m_path), QByteArray());
+        QCOMPARE(refusal(m_path, MissingDatabase::Create), QString());
+    }
+
+    void leavesForeignFilesAlone_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::newRow("text") << "text"_s;
+        QTest::newRow("half a header") << "half"_s;
+        QTest::newRow("database of another program") << "sqlite"_s;
+        QTest::newRow("database of another program with its own id") << "sqlite-id"_s;
+    }
+    void leavesForeignFilesAlone()
+    {
+        QFETCH(QString, kind);
+        if (kind.startsWith(QLatin1String("sqlite"))) {
+            SqliteDatabase other(m_path);
+            other.execute("CREATE TABLE t (a)"_s);
+            if (kind == QLatin1String("sqlite-id")) {
+                other.execute("PRAGMA application_id = 77"_s);
+            }
+        } else {
+            writeFile(m_path, kind == QLatin1String("half") ? QByteArray("SQLite format 3\0half", 20)
+                                                            : QByteArray("some notes\n"));
+        }
+        const QByteArray before = contentOf(m_path);
+        QVERIFY(!before.isEmpty());
+        const QString message = refusal(m_path);
+        QVERIFY2(message.contains(m_path) && message.contains("not a planservice database"_s),
+                 qPrintable(message));
+        QCOMPARE(contentOf(m_path), before);
+        const QFileInfo info(m_path);
+        QCOMPARE(info.dir().entryList({info.fileName() + "*"_s}).size(), 1);
+    }
+
+    void refusesANewerSchema()
+    {
+        openStore(m_path, MissingDatabase::Create).reset();
+        {
+            SqliteDatabase database(m_path);
+            database.execute("PRAGMA user_version = 99"_s);
+        }
+        const QString message = refusal(m_path);
+        QVERIFY2(message.contains("99"_s) && message.contains(m_path), qPrintable(message));
+        SqliteDatabase database(m_path);
+        QCOMPARE(database.value("PRAGMA user_version"_s).toInt(), 99);
+    }
+
+    void refusesAFolderAndAnUnreachablePath()
+    {
+        QVERIFY(refusal(m_folder.path()).contains("is a folder"_s));
+        const QString nowhere = m_folder.filePath("no/such/folder/a.db"_s);
+        QVERIFY(refusal(nowhere).contains(nowhere));
+    }
+
+    void goesOnFromEveryVersion_data()
+    {
+        QTest::addColumn<int>("version");
+        for (int version = 1; version <= newest(); ++version) {
+            QTest::addRow("version %d", version) << version;
+        }
+    }
+    void goesOnFromEveryVersion()
+    {
+        QFETCH(int, version);
+        {
+            SqliteDatabase database(m_path);
+            migrate(database, migrations().mid(0, version));
+            QCOMPARE(database.value("PRAGMA user_version"_s).toInt(), version);
+        }
+        QCOMPARE(inspectDatabaseFile(m_path), DatabaseFile::Ours);
+        QCOMPARE(openStore(m_path, MissingDatabase::Refuse)->schemaVersion(), newest());
+    }
+
+    void undoesAFailedStep()
+    {
+        const Migration broken{2, {"CREATE TABLE half (a)"_s, "CREATE NONSENSE"_s}};
+        SqliteDatabase database(m_path);
+        QVERIFY_EXCEPTION_THROWN(migrate(database, {migrations().first(), broken}), StoreError);
+        QCOMPARE(database.value("PRAGMA user_version"_s).toInt(), 1);
+        QCOMPARE(database.value("SELECT count(*) FROM sqlite_master WHERE name = 'half'"_s).toInt(), 0);
+        migrate(database, migrations());
+        QCOMPARE(database.value("PRAGMA user_version"_s).toInt(), newest());
+    }
+
+    void survivesACrashInsideAStep()
+    {
+        SqliteDatabase database(m_path);
+        migrate(database, migrations().mid(0, 1));
+        database.beginImmediate();
+        for (const QString& statement : migrations().at(1).statements) {
+            database.execute(statement);
+        }
+        // More than the page cache holds, so that the unfinished step reaches the file.
+        database.execute("PRAGMA cache_size = 5"_s);
+        database.execute("CREATE TABLE filler AS WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL "
+                         "SELECT i + 1 FROM n WHERE i < 2000) SELECT i, hex(randomblob(200)) AS t FROM n"_s);
+        const QString image = m_path + "-image"_s;
+        QVERIFY(QFile::copy(m_path, image));
+        QVERIFY(QFile::copy(m_path + "-journal"_s, image + "-journal"_s));
+        database.rollback();
+
+        const auto store = openStore(image, MissingDatabase::Refuse);
+        QCOMPARE(store->schemaVersion(), newest());
+        SqliteDatabase restored(image);
+        QCOMPARE(restored.value("SELECT count(*) FROM sqlite_master WHERE name = 'filler'"_s).toInt(), 0);
+        QCOMPARE(restored.value("PRAGMA integrity_check"_s).toString(), "ok"_s);
+    }
+
+    void derivesWhatNodesDoNotStore()
+    {
+        const auto store = openStore(m_path, MissingDatabase::Create);
+        store->insertPlan(plan("a"_s));
+        store->insertPlan(plan("b"_s));
+        PlanNodeRecord milestone = node("a"_s, "n2"_s, 2, 12, 11);
+        milestone.startDate = milestone.finishDate = "2026-05-01T08:00:00.000"_s;
+        PlanNodeRecord task = node("a"_s, "n3"_s, 3, 13, 13);
+        task.startDate = "2026-05-01T08:00:00.000"_s;
+        task.finishDate = "2026-05-02T17:00:00.000"_s;
+        store->insertPlanNode(node("a"_s, "n1"_s, 1, 11, -1));
+        store->insertPlanNode(milestone);
+        store->insertPlanNode(task);
+        store->insertPlanNode(node("b"_s, "m1"_s, 1, 21, 13));
+
+        const QJsonArray tasks = objectOf(store->planJson("a"_s)).value("tasks"_s).toArray();
+        QCOMPARE(tasks.size(), 3);
+        const auto flag = [&](int row, const char* key) {
+            return tasks.at(row).toObject().value(QLatin1String(key));
+        };
+        QCOMPARE(flag(0, "planName").toString(), "Tower \"A\" 塔楼"_s);
+        QCOMPARE(flag(0, "summary"), QJsonValue(true));
+        QCOMPARE(flag(0, "milestone"), QJsonValue(false)); // no dates are no equal dates
+        QCOMPARE(flag(1, "summary"), QJsonValue(false));
+        QCOMPARE(flag(1, "milestone"), QJsonValue(true));
+        QCOMPARE(flag(2, "milestone"), QJsonValue(false));
+        // It names itself as its parent, and a node of another plan names its number.
+        QCOMPARE(flag(2, "summary"), QJsonValue(false));
+    }
+
+    void givesEveryNodeOnceInRowOrder()
+    {
+        const auto store = openStore(m_path, MissingDatabase::Create);
+        constexpr int count = 3000; // a multiple of a piece, and rows that share a number across the seam
+        Transaction transaction(*store);
+        store->insertPlan(plan("a"_s));
+        for (int i = count - 1; i >= 0; --i) {
+            store->insertPlanNode(node("a"_s, "n%1"_s.arg(i, 5, 10, QLatin1Char('0')), i / 7 - 5, i, -1));
+        }
+        transaction.commit();
+        const QJsonArray tasks = objectOf(store->planJson("a"_s)).value("tasks"_s).toArray();
+        QCOMPARE(tasks.size(), count);
+        QCOMPARE(store->planNodeCount("a"_s), count);
+        for (int i = 0; i < count; ++i) {
+            QCOMPARE(tasks.at(i).toObject().value("_id"_s).toString(),
+                     "n%1"_s.arg(i, 5, 10, QLatin1Char('0')));
+        }
+    }
+
+    void givesAPlanWithoutNodes()
+    {
+        const auto store = openStore(m_path, MissingDatabase::Create);
+        store->insertPlan(plan("a"_s));
+        QCOMPARE(objectOf(store->planJson("a"_s)).value("tasks"_s), QJsonValue(QJsonArray()));
+        QCOMPARE(store->planJson("b"_s), JsonPieces());
+        QCOMPARE(store->planNodeJson("b"_s, true), JsonPieces());
+        QVERIFY(!store->planOwnership("b"_s));
+        QVERIFY(!store->planNodeOwnership("b"_s));
+    }
+
+    void embedsDocumentsInTheNodesOrder()
+    {
+        const auto store = openStore(m_path, MissingDatabase::Create);
+        store->insertPlan(plan("a"_s));
+        store->insertDocument({"d1"_s, "p1"_s, "{\"_id\":\"d1\"}"});
+        store->insertDocument({"d2"_s, "p1"_s, "{\"_id\":\"d2\"}"});
+        PlanNodeRecord record = node("a"_s, "n1"_s, 1, 1, -1);
+        record.document = "{\"_id\":\"n1\",\"documentIds\":[\"d2\",\"gone\",\"d1\"]}";
+        store->insertPlanNode(record);
+        const QJsonArray documents =
+            objectOf(store->planNodeJson("n1"_s, true)).value("documents"_s).toArray();
+        QCOMPARE(documents, QJsonArray({QJsonObject{{"_id"_s, "d2"_s}}, QJsonObject{{"_id"_s, "d1"_s}}}));
+        QVERIFY(!objectOf(store->planNodeJson("n1"_s, false)).contains("documents"_s));
+    }
+
+    void countsEverybodyNamedAsOwner()
+    {
+        const auto store = openStore(m_path, MissingDatabase::Create);
+        store->insertPlan(plan("a"_s));
+        PlanNodeRecord record = node("a"_s, "n1"_s, 1, 1, -1);
+        record.document =
+            "{\"_id\":\"n1\",\"userIds\":[\"bo\"],\"executeIds\":[\"cy\",\"di\"],\"cooperateIds\":[\"ed\"]}";
+        store->insertPlanNode(record);
+        QCOMPARE(store->planNodeOwnership("n1"_s)->users,
+                 QStringList({"ann"_s, "bo"_s, "cy"_s, "di"_s, "ed"_s}));
+        QCOMPARE(store->planOwnership("a"_s)->users, QStringList({"ann"_s}));
+    }
+
+    void undoesATransactionThatDoesNotCommit()
+    {
+        const auto store = openStore(m_path, MissingDatabase::Create);
+        {
+            const Transaction transaction(*store);
+            store->insertPlan(plan("a"_s));
+            QVERIFY(store->planOwnership("a"_s));
+        }
+        QVERIFY(!store->planOwnership("a"_s));
+        QVERIFY_EXCEPTION_THROWN(store->insertPlanNode(node("missing plan"_s, "n"_s, 1, 1, -1)), StoreError);
+    }
+
+    void keepsSettingsByUser()
+    {
+        const auto store = openStore(m_path, MissingDatabase::Create);
+        store->setUserSetting("ann"_s, "k"_s, "[1]");
+        store->setUserSetting("ann"_s, "k"_s, "[2]");
+        store->setUserSetting(QString(), "k"_s, "\"层\"");
+        QCOMPARE(store->userSetting("ann"_s, "k"_s), QByteArray("[2]"));
+        QCOMPARE(store->userSetting(QString(), "k"_s), "\"层\""_s.toUtf8());
+        QCOMPARE(store->userSetting("bo"_s, "k"_s), QByteArray());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestStore)
+#include "TestStore.moc"
