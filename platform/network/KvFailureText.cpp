@@ -154,7 +154,11 @@ QString withoutSecrets(const QString& text, const QNetworkRequest& request)
     const QByteArray authorization = request.rawHeader("Authorization");
     const QByteArray credentials = authorization.mid(authorization.indexOf(' ') + 1);
     const QString token = QString::fromLatin1(credentials);
-    const QString password = request.url().password(QUrl::FullyDecoded);
+    QString password;
+    if (authorization.startsWith("Basic ")) {
+        const QByteArray user = QByteArray::fromBase64(credentials);
+        password = QString::fromUtf8(user.mid(user.indexOf(':') + 1));
+    }
     for (const QString& secret : {token, password}) {
         if (secret.isEmpty())
             continue;

@@ -34,6 +34,12 @@ bool isUsable(const QUrl& url)
            !url.host().isEmpty();
 }
 
+// Qt would answer a refusal with the user once more, by a second request.
+QUrl withoutUser(const QUrl& url)
+{
+    return url.userName().isEmpty() && url.password().isEmpty() ? url : url.adjusted(QUrl::RemoveUserInfo);
+}
+
 // A line break or the like would let the token's text end the header and begin another.
 QByteArray usableToken(const QByteArray& text)
 {
@@ -128,7 +134,8 @@ QNetworkReply* NetworkManager::send(Verb verb, const QString& urlText, const QBy
     const QUrl url = KvUrlText::finished(urlText);
     // An address that is none is given to Qt as one that it knows nothing of, so that there is a reply all
     // the same.
-    QNetworkRequest request = makeRequest(isUsable(url) ? url : QUrl(QStringLiteral("unusable:")));
+    QNetworkRequest request =
+        makeRequest(isUsable(url) ? withoutUser(url) : QUrl(QStringLiteral("unusable:")));
     const QByteArray authorization = authorizationFor(url);
     if (!authorization.isEmpty())
         request.setRawHeader("Authorization", authorization);
@@ -227,7 +234,7 @@ QByteArray NetworkManager::authorizationFor(const QUrl& url)
     if (!m_accessToken->isEmpty() &&
         KvUrlText::isSameOrigin(url, QUrl(KvBaseApi::GetInstance().getBaseApi())))
         return "Bearer " + *m_accessToken;
-    // Sent unasked, because a body cannot be sent again once the service has asked.
+    // Sent unasked: a body cannot be sent again once the service has asked.
     const QString user = url.userName(QUrl::FullyDecoded);
     if (!user.isEmpty())
         return "Basic " + (user + QLatin1Char(':') + url.password(QUrl::FullyDecoded)).toUtf8().toBase64();

@@ -12,17 +12,18 @@ TlsIdentity TlsIdentity::selfSigned(const QString& commonName)
     const QTemporaryDir directory;
     const QString keyPath = directory.filePath(QStringLiteral("key.pem"));
     const QString certificatePath = directory.filePath(QStringLiteral("certificate.pem"));
-    const int exitCode =
-        QProcess::execute(QStringLiteral("openssl"),
-                          {QStringLiteral("req"), QStringLiteral("-x509"), QStringLiteral("-newkey"),
-                           QStringLiteral("rsa:2048"), QStringLiteral("-nodes"), QStringLiteral("-batch"),
-                           QStringLiteral("-quiet"), QStringLiteral("-days"), QStringLiteral("2"),
-                           QStringLiteral("-subj"), QStringLiteral("/CN=") + commonName,
-                           QStringLiteral("-keyout"), keyPath, QStringLiteral("-out"), certificatePath});
+    QProcess openssl;
+    openssl.start(QStringLiteral("openssl"),
+                  {QStringLiteral("req"), QStringLiteral("-x509"), QStringLiteral("-newkey"),
+                   QStringLiteral("rsa:2048"), QStringLiteral("-nodes"), QStringLiteral("-batch"),
+                   QStringLiteral("-days"), QStringLiteral("2"), QStringLiteral("-subj"),
+                   QStringLiteral("/CN=") + commonName, QStringLiteral("-keyout"), keyPath,
+                   QStringLiteral("-out"), certificatePath});
+    const bool isMade = openssl.waitForFinished() && openssl.exitCode() == 0;
     QFile keyFile(keyPath);
     QFile certificateFile(certificatePath);
     TlsIdentity identity;
-    if (exitCode == 0 && keyFile.open(QIODevice::ReadOnly) && certificateFile.open(QIODevice::ReadOnly)) {
+    if (isMade && keyFile.open(QIODevice::ReadOnly) && certificateFile.open(QIODevice::ReadOnly)) {
         identity.key = QSslKey(&keyFile, QSsl::Rsa);
         identity.certificate = QSslCertificate(&certificateFile);
     }
