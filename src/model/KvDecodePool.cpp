@@ -4,21 +4,37 @@
 
 #include <QtCore/QCborArray>
 #include <QtCore/QCborValue>
+#include <QtCore/qmath.h>
 
 namespace Kv {
+
+namespace {
+
+// Four places a record, so that few texts meet in one; no more than fit into a processor's cache.
+int placesFor(int recordCount)
+{
+    return int(qNextPowerOfTwo(uint(qBound(16, recordCount, 2048)) * 4 - 1));
+}
+
+} // namespace
+
+KvDecodePool::KvDecodePool(int recordCount)
+    : m_placeCount(placesFor(recordCount))
+{
+}
 
 QString KvDecodePool::shared(const QString& text)
 {
     if (text.isEmpty())
         return text;
-    return m_texts.find(text, [](const QString& first) { return first; });
+    return find(m_texts, text, [](const QString& first) { return first; });
 }
 
 QDateTime KvDecodePool::dateTime(const QString& text)
 {
     if (text.isEmpty())
         return KvPub::getDateTimeByQString(text);
-    return m_dates.find(text, KvPub::getDateTimeByQString);
+    return find(m_dates, text, KvPub::getDateTimeByQString);
 }
 
 QStringList KvDecodePool::idList(const QCborArray& array)
@@ -30,7 +46,7 @@ QStringList KvDecodePool::idList(const QCborArray& array)
     };
     // Most lists name one person or one document; those of the same one share their data.
     const QString single = array.size() == 1 ? array.first().toString() : QString();
-    return single.isEmpty() ? read() : m_singles.find(single, [&](const QString&) { return read(); });
+    return single.isEmpty() ? read() : find(m_singles, single, [&](const QString&) { return read(); });
 }
 
 } // namespace Kv

@@ -20,6 +20,9 @@ namespace Kv {
 class KvDecodePool
 {
 public:
+    /// @param recordCount how many records will be read, or a guess; it decides the pool's size.
+    explicit KvDecodePool(int recordCount = 1);
+
     /// @p text, sharing its data with an equal text of another record.
     QString shared(const QString& text);
 
@@ -31,35 +34,29 @@ public:
 
 private:
     template<class Value>
-    class Memory
+    struct Entry
     {
-    public:
-        template<class Make>
-        const Value& find(const QString& text, Make make)
-        {
-            if (m_places.isEmpty())
-                m_places.resize(placeCount);
-            Place& place = m_places[int(qHash(text) & uint(placeCount - 1))];
-            if (place.text != text) {
-                place.value = make(text);
-                place.text = text;
-            }
-            return place.value;
-        }
-
-    private:
-        static constexpr int placeCount = 1024; // a power of two
-        struct Place
-        {
-            QString text; // never empty when the place is taken
-            Value value;
-        };
-        QVector<Place> m_places;
+        QString text; // empty only while the place is free
+        Value value;
     };
 
-    Memory<QString> m_texts;
-    Memory<QDateTime> m_dates;
-    Memory<QStringList> m_singles; // lists of one identifier, by that identifier
+    template<class Value, class Make>
+    const Value& find(QVector<Entry<Value>>& entries, const QString& text, Make make)
+    {
+        if (entries.isEmpty())
+            entries.resize(m_placeCount);
+        Entry<Value>& entry = entries[int(qHash(text) & uint(m_placeCount - 1))];
+        if (entry.text != text) {
+            entry.value = make(text);
+            entry.text = text;
+        }
+        return entry.value;
+    }
+
+    const int m_placeCount; // a power of two
+    QVector<Entry<QString>> m_texts;
+    QVector<Entry<QDateTime>> m_dates;
+    QVector<Entry<QStringList>> m_singles; // lists of one identifier, by that identifier
 };
 
 } // namespace Kv

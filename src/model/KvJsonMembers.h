@@ -3,6 +3,7 @@
 #include <QtCore/QCborArray>
 #include <QtCore/QCborMap>
 #include <QtCore/QCborValue>
+#include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
 #include <QtCore/QJsonValue>
 #include <QtCore/QLatin1String>
@@ -25,34 +26,45 @@ class KvJsonMember
 {
 public:
     KvJsonMember() = default;
-    explicit KvJsonMember(const QCborValueRef& value)
+    /// @p object and @p index: where the member stands; null: in an array or object inside another one.
+    KvJsonMember(const QCborValueRef& value, const QJsonObject* object, int index)
         : m_value(&value)
+        , m_object(object)
+        , m_index(index)
     {
     }
 
-    QString text() const { return m_value && m_value->isString() ? m_value->toString() : QString(); }
+    QString text() const { return m_value ? m_value->toString() : QString(); }
     bool flag() const { return m_value && m_value->toBool(false); }
     double real() const { return m_value ? m_value->toDouble(0.0) : 0.0; }
 
+    /// Fractions and what an int cannot hold read as 0.
     int wholeNumber() const
     {
         if (!m_value)
             return 0;
-        if (m_value->isInteger()) {
-            const qint64 number = m_value->toInteger();
-            return number == int(number) ? int(number) : 0;
-        }
-        return m_value->isDouble() ? QJsonValue(m_value->toDouble()).toInt(0) : 0;
+        const QCborValue value = *m_value;
+        if (value.isInteger())
+            return value.toInteger() == int(value.toInteger()) ? int(value.toInteger()) : 0;
+        return value.isDouble() ? QJsonValue(value.toDouble()).toInt(0) : 0;
     }
 
     /// The member as an array; empty when it is none.
-    QCborArray elements() const { return m_value && m_value->isArray() ? m_value->toArray() : QCborArray(); }
+    QCborArray elements() const { return m_value ? m_value->toArray() : QCborArray(); }
+
+    /// The same for readers outside this library. Without a copy only for a member of the outermost object.
+    QJsonArray jsonArray() const
+    {
+        return m_object ? (m_object->constBegin() + m_index).value().toArray() : elements().toJsonArray();
+    }
 
     /// The member as an object; empty when it is none.
-    QCborMap members() const { return m_value && m_value->isMap() ? m_value->toMap() : QCborMap(); }
+    QCborMap members() const { return m_value ? m_value->toMap() : QCborMap(); }
 
 private:
     const QCborValueRef* m_value = nullptr;
+    const QJsonObject* m_object = nullptr;
+    int m_index = 0;
 };
 
 /// How one key of an object is read into a record.
@@ -79,18 +91,28 @@ public:
     }
 
     /// Reads every field; those that @p in has no key for read as missing.
+    void read(const QJsonObject& in, Record& out, KvDecodePool& pool) const
+    {
+        readMembers(QCborMap::fromJsonObject(in), &in, out, pool);
+    }
     void read(const QCborMap& in, Record& out, KvDecodePool& pool) const
+    {
+        readMembers(in, nullptr, out, pool);
+    }
+
+private:
+    void readMembers(const QCborMap& in, const QJsonObject* object, Record& out, KvDecodePool& pool) const
     {
         quint64 seen = 0;
         std::size_t next = 0;
+        int index = 0;
         const auto end = in.constEnd();
-        for (auto entry = in.constBegin(); entry != end; ++entry) {
+        for (auto entry = in.constBegin(); entry != end; ++entry, ++index) {
             const auto member = *entry;
-            const std::size_t field =
-                next < Count && member.first == m_keys[next] ? next : find(member.first);
+            const std::size_t field = find(member.first, next);
             if (field == Count)
                 continue;
-            m_fields[field].read(KvJsonMember(member.second), out, pool);
+            m_fields[field].read(KvJsonMember(member.second, object, index), out, pool);
             seen |= quint64(1) << field;
             next = field + 1;
         }
@@ -100,9 +122,14 @@ public:
         }
     }
 
-private:
-    std::size_t find(const QCborValueRef& key) const
+    // The field of a key, which as a rule is the one expected next, or the one after that when a key is
+    // missing.
+    std::size_t find(const QCborValueRef& key, std::size_t next) const
     {
+        for (std::size_t field = next; field < qMin(next + 2, Count); ++field) {
+            if (key == m_keys[field])
+                return field;
+        }
         const QString text = key.toString();
         const auto end = m_fields + Count;
         const auto at =

@@ -24,6 +24,7 @@ using Pool = KvDecodePool&;
 
 void readDuration(const QCborMap& in, KvDuration& out, KvDecodePool& pool);
 void readDocuments(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool);
+void readLinks(const QJsonArray& in, KvPlanNode& out);
 void readMaterialBills(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool);
 void readPredecessors(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool);
 
@@ -82,6 +83,8 @@ const KvField<KvPlanNode> nodeFields[] = {
     {QLatin1String("documentIds"), [](Value v, Node n, Pool p) { n.documentIds = p.idList(v.elements()); }},
     {QLatin1String("documents"), [](Value v, Node n, Pool p) { readDocuments(v.elements(), n, p); }},
     {QLatin1String("dynamicEffect"), [](Value v, Node n, Pool) { n.dynamicEffect = v.wholeNumber(); }},
+    // The service names the links "entity" when it sends them and "links" when it takes them.
+    {QLatin1String("entity"), [](Value v, Node n, Pool) { readLinks(v.jsonArray(), n); }},
     {QLatin1String("entityHideDate"), [](Value v, Node n, Pool p) { n.entityHideDate = p.dateTime(v.text()); }},
     {QLatin1String("entityHideType"), [](Value v, Node n, Pool) { n.entityHideType = v.wholeNumber(); }},
     {QLatin1String("executeIds"), [](Value v, Node n, Pool p) { n.executeIds = p.idList(v.elements()); }},
@@ -143,6 +146,11 @@ void readDocuments(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool)
     }
 }
 
+void readLinks(const QJsonArray& in, KvPlanNode& out)
+{
+    out.links = in.isEmpty() ? KvLinksEntity() : KvPub::jsonArrayToLinksEntity(in);
+}
+
 void readMaterialBills(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool)
 {
     static const KvFields fields(materialBillFields);
@@ -158,7 +166,8 @@ void readMaterialBills(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool
 
 void jsonObjectToPlan(const QJsonObject& in, KvPlan& out)
 {
-    KvDecodePool pool;
+    const QJsonArray tasks = in.value(QLatin1String("tasks")).toArray();
+    KvDecodePool pool(tasks.size());
     out.id = in.value(QLatin1String("_id")).toString();
     out.category = in.value(QLatin1String("category")).toString();
     out.projectId = in.value(QLatin1String("projectId")).toString();
@@ -174,7 +183,6 @@ void jsonObjectToPlan(const QJsonObject& in, KvPlan& out)
     out.ranges = pool.idList(QCborArray::fromJsonArray(in.value(QLatin1String("ranges")).toArray()));
 
     out.planNodes.clear();
-    const QJsonArray tasks = in.value(QLatin1String("tasks")).toArray();
     out.planNodes.reserve(tasks.size());
     for (const QJsonValue& task : tasks) {
         out.planNodes.append(KvPlanNode());
@@ -215,10 +223,7 @@ void jsonObjectToPlanNode(const QJsonObject& in, KvPlanNode& out)
 void jsonObjectToPlanNode(const QJsonObject& in, KvPlanNode& out, KvDecodePool& pool)
 {
     static const KvFields fields(nodeFields);
-    fields.read(QCborMap::fromJsonObject(in), out, pool);
-    // The service names the links "entity" when it sends them and "links" when it takes them.
-    const QJsonArray links = in.value(QLatin1String("entity")).toArray();
-    out.links = links.isEmpty() ? KvLinksEntity() : KvPub::jsonArrayToLinksEntity(links);
+    fields.read(in, out, pool);
     if (out.guid.isEmpty())
         out.guid = out.id;
 }
