@@ -20,7 +20,7 @@ class ScriptedConnection;
 /// alive.
 ///
 ///     KvTest::ScriptedServer server;
-///     server.enqueue(KvTest::Reply::json({{"_id", "p1"}}));
+///     server.enqueue(KvTest::Reply::json(QJsonObject{{QStringLiteral("_id"), QStringLiteral("p1")}}));
 ///     ...                                                  // the call under test
 ///     QCOMPARE(server.requests().last().target, QByteArray("/task-service/plans/p1"));
 ///     QCOMPARE(server.complaint(), QString());
