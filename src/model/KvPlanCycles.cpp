@@ -4,32 +4,39 @@
 #include <model/KvTreePlacement.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <numeric>
 #include <vector>
+
+namespace {
+
+std::size_t index(int number)
+{
+    return static_cast<std::size_t>(number);
+}
+
+} // namespace
 
 namespace KvPlanDataUtils {
 
 QList<QList<int>> findParentCycles(const QList<KvPlanNode>& nodes)
 {
     // Which nodes find a place does not depend on the order of the rounds, so none is made.
-    std::vector<int> positions(static_cast<std::size_t>(nodes.size()));
+    std::vector<int> positions(index(nodes.size()));
     std::iota(positions.begin(), positions.end(), 0);
-    const Kv::KvTreePlacement placement(nodes, positions);
+    const Kv::KvTreeFields fields(nodes);
+    const Kv::KvTreePlacement placement(nodes, fields, positions);
     if (placement.isComplete())
         return {};
 
     // Whoever waits names a number of the list, and all nodes of that number wait too. So from each waiting
     // node one comes to the next, and at last into a circle.
-    std::vector<int> uniqueIds;
-    uniqueIds.reserve(positions.size());
-    for (const KvPlanNode& node : nodes)
-        uniqueIds.push_back(node.uniqueId);
-    const Kv::KvNumberRanks numbers(uniqueIds);
-    std::vector<int> firstOfNumber(static_cast<std::size_t>(numbers.count()), -1);
+    const Kv::KvNumberRanks numbers(fields.uniqueIds);
+    std::vector<int> firstOfNumber(index(numbers.count()), -1);
     for (int position = nodes.size() - 1; position >= 0; --position)
-        firstOfNumber[static_cast<std::size_t>(numbers.rankOf(nodes.at(position).uniqueId))] = position;
+        firstOfNumber[index(numbers.rankOf(fields.uniqueIds[index(position)]))] = position;
     const auto parentOf = [&](int position) {
-        return firstOfNumber[static_cast<std::size_t>(numbers.rankOf(nodes.at(position).parentTaskId))];
+        return firstOfNumber[index(numbers.rankOf(fields.parentTaskIds[index(position)]))];
     };
     QList<QList<int>> cycles;
     std::vector<int> walkOf(positions.size(), -1); // the start of the walk that has come by
@@ -38,12 +45,12 @@ QList<QList<int>> findParentCycles(const QList<KvPlanNode>& nodes)
             continue;
         QList<int> walk;
         int at = start;
-        while (walkOf[static_cast<std::size_t>(at)] < 0) {
-            walkOf[static_cast<std::size_t>(at)] = start;
+        while (walkOf[index(at)] < 0) {
+            walkOf[index(at)] = start;
             walk.append(at);
             at = parentOf(at);
         }
-        if (walkOf[static_cast<std::size_t>(at)] != start)
+        if (walkOf[index(at)] != start)
             continue; // leads to a circle that is known
         QList<int> cycle = walk.mid(walk.indexOf(at));
         std::rotate(cycle.begin(), std::min_element(cycle.begin(), cycle.end()), cycle.end());

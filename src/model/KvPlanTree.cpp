@@ -1,10 +1,11 @@
 #include <model/KvPlanDataUtils.h>
 
+#include <model/KvNodeList.h>
 #include <model/KvTreePlacement.h>
 
 #include <QtCore/QThread>
 
-#include <algorithm>
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -15,65 +16,6 @@ std::size_t index(int number)
     return static_cast<std::size_t>(number);
 }
 
-/// A node's place in a list and what it is sorted by. The records themselves are too large to be sorted.
-struct SortKey
-{
-    int planNodeId;
-    int position;
-};
-
-/// Sorts as the records would be sorted themselves: the standard algorithm does the same steps, so that even
-/// nodes with equal numbers end up in the same order.
-void sortKeys(std::vector<SortKey>& keys)
-{
-    const auto goesBefore = [](const SortKey& a, const SortKey& b) {
-        return a.planNodeId < b.planNodeId;
-    };
-    const auto goesNotBefore = [](const SortKey& a, const SortKey& b) {
-        return a.planNodeId >= b.planNodeId;
-    };
-    if (std::adjacent_find(keys.begin(), keys.end(), goesNotBefore) != keys.end())
-        std::sort(keys.begin(), keys.end(), goesBefore);
-}
-
-std::vector<int> positionsByPlanNodeId(const QList<KvPlanNode>& nodes)
-{
-    std::vector<SortKey> keys;
-    keys.reserve(index(nodes.size()));
-    for (const KvPlanNode& node : nodes)
-        keys.push_back({node.planNodeId, static_cast<int>(keys.size())});
-    sortKeys(keys);
-    std::vector<int> positions;
-    positions.reserve(keys.size());
-    for (const SortKey& key : keys)
-        positions.push_back(key.position);
-    return positions;
-}
-
-/// Rearranges `nodes` so that each place gets the node that stood at `sources[place]`. Moves pointers only.
-void rearrange(QList<KvPlanNode>& nodes, std::vector<int> sources)
-{
-    for (int start = 0; start < nodes.size(); ++start) {
-        int place = start;
-        while (sources[index(place)] != start) {
-            const int source = sources[index(place)];
-            sources[index(place)] = place;
-            nodes.swapItemsAt(place, source);
-            place = source;
-        }
-        sources[index(place)] = place;
-    }
-}
-
-/// Appends a node by moving it: QList can but copy what it is given, and copying what is empty costs little.
-KvPlanNode& appendMoved(QList<KvPlanNode>& list, KvPlanNode& node, const KvPlanNode& empty)
-{
-    list.append(empty);
-    KvPlanNode& appended = list.last();
-    appended = std::move(node);
-    return appended;
-}
-
 /// Where the placed nodes stand in memory. That does not change while children are added, because a list
 /// keeps its nodes where they are when it grows.
 class Locations
@@ -81,12 +23,18 @@ class Locations
 public:
     Locations(const Kv::KvTreePlacement& placement, int nodeCount)
         : m_placement(placement)
-
         , m_nodes(index(nodeCount + placement.carriedCount()), nullptr)
     {
     }
 
     void set(int node, KvPlanNode& location) { m_nodes[index(node)] = &location; }
+
+    /// Gets ready for adding children to a node, if that is in the tree already.
+    void fetch(int node) const
+    {
+        if (m_nodes[index(node)] != nullptr)
+            Kv::fetchChildList(*m_nodes[index(node)]);
+    }
 
     /// Of a node that was brought along only when it is asked for, since its list may be shared: then it and
     /// the lists above it are detached, once.
@@ -108,28 +56,47 @@ private:
     std::vector<KvPlanNode*> m_nodes;
 };
 
+std::vector<int> positionsByPlanNodeId(const Kv::KvTreeFields& fields)
+{
+    std::vector<Kv::KvSortKey> keys;
+    keys.reserve(fields.planNodeIds.size());
+    for (const int planNodeId : fields.planNodeIds)
+        keys.push_back({planNodeId, static_cast<int>(keys.size())});
+    Kv::sortByPlanNodeId(keys);
+    std::vector<int> positions;
+    positions.reserve(keys.size());
+    for (const Kv::KvSortKey& key : keys)
+        positions.push_back(key.position);
+    return positions;
+}
+
 /// Builds the tree out of the nodes themselves. The roots keep their place in memory; all others are put into
 /// the order in which the tree takes them, the first one last, so that each leaves its memory to the next.
 void moveIntoTree(QList<KvPlanNode>& nodes, const std::vector<int>& positions,
                   const Kv::KvTreePlacement& placement)
 {
-    Locations locations(placement, nodes.size());
+    const std::vector<Kv::KvTreePlacement::Placed>& placed = placement.placed();
     std::vector<int> sources;
     sources.reserve(positions.size());
     for (const int root : placement.roots())
         sources.push_back(positions[index(root)]);
-    const auto& placed = placement.placed();
     for (auto it = placed.rbegin(); it != placed.rend(); ++it)
         sources.push_back(positions[index(it->node)]);
-    rearrange(nodes, std::move(sources));
+    Kv::rearrange(nodes, 0, std::move(sources));
 
+    Locations locations(placement, nodes.size());
     int at = 0;
     for (const int root : placement.roots())
         locations.set(root, nodes[at++]);
-    const KvPlanNode empty;
-    for (const auto& [node, parent] : placed) {
-        QList<KvPlanNode>& children = locations.of(parent).children;
-        locations.set(node, appendMoved(children, nodes.last(), empty));
+    for (std::size_t i = 0; i < placed.size(); ++i) {
+        if (i % Kv::FetchCount == 0) {
+            for (std::size_t ahead = i; ahead < qMin(i + Kv::FetchCount, placed.size()); ++ahead) {
+                Kv::fetch(nodes.at(nodes.size() - 1 - static_cast<int>(ahead - i)));
+                locations.fetch(placed[ahead].parent);
+            }
+        }
+        QList<KvPlanNode>& children = locations.of(placed[i].parent).children;
+        locations.set(placed[i].node, Kv::appendMoved(children, nodes.last()));
         nodes.removeLast();
     }
 }
@@ -153,52 +120,6 @@ QList<KvPlanNode> copyIntoTree(const QList<KvPlanNode>& nodes, const std::vector
     return roots;
 }
 
-/// Appends the nodes of `list` to `flat`, each behind its descendants and without children. Nodes that nobody
-/// else holds are moved.
-void appendFlat(QList<KvPlanNode> list, QList<KvPlanNode>& flat)
-{
-    struct Level
-    {
-        QList<KvPlanNode> nodes;
-        int row; ///< of the node to be taken next; stays 0 where nodes are removed as they are taken
-        bool isOurs;
-    };
-    const KvPlanNode empty;
-    std::vector<Level> levels;
-    const auto enter = [&levels](QList<KvPlanNode>&& nodes) {
-        const bool isOurs = nodes.isDetached();
-        levels.push_back({std::move(nodes), 0, isOurs});
-    };
-    const auto take = [&](Level& level) {
-        if (level.isOurs) {
-            appendMoved(flat, level.nodes.first(), empty);
-            level.nodes.removeFirst();
-        } else {
-            flat.append(level.nodes.at(level.row++));
-            flat.last().children = QList<KvPlanNode>();
-        }
-    };
-
-    enter(std::move(list));
-    while (true) {
-        Level& level = levels.back();
-        if (level.row == level.nodes.size()) {
-            levels.pop_back();
-            if (levels.empty())
-                return;
-            take(levels.back());
-            continue;
-        }
-        const KvPlanNode& node = level.nodes.at(level.row);
-        if (node.children.isEmpty())
-            take(level);
-        else if (level.isOurs)
-            enter(std::move(level.nodes.first().children));
-        else
-            enter(QList<KvPlanNode>(node.children));
-    }
-}
-
 } // namespace
 
 namespace KvPlanDataUtils {
@@ -207,8 +128,9 @@ void makePlanNodeListTree(QList<KvPlanNode>& nodes)
 {
     if (nodes.isEmpty())
         return;
-    const std::vector<int> positions = positionsByPlanNodeId(nodes);
-    const Kv::KvTreePlacement placement(nodes, positions);
+    const Kv::KvTreeFields fields(nodes);
+    const std::vector<int> positions = positionsByPlanNodeId(fields);
+    const Kv::KvTreePlacement placement(nodes, fields, positions);
     // Kept on purpose, for compatibility with existing hosts: a circle of parents never ends.
     while (!placement.isComplete())
         QThread::sleep(1);
@@ -216,37 +138,6 @@ void makePlanNodeListTree(QList<KvPlanNode>& nodes)
         moveIntoTree(nodes, positions, placement);
     else
         nodes = copyIntoTree(nodes, positions, placement);
-}
-
-void makePlanNodeListFlat(QList<KvPlanNode>& nodes)
-{
-    QList<KvPlanNode> flat = std::move(nodes);
-    std::vector<SortKey> keys; // in the order in which the nodes come out of the tree
-    const int topCount = flat.size();
-    keys.reserve(index(topCount));
-    for (int top = 0; top < topCount; ++top) {
-        if (!flat.at(top).children.isEmpty()) {
-            int position = flat.size();
-            appendFlat(std::move(flat[top].children), flat);
-            for (; position < flat.size(); ++position)
-                keys.push_back({flat.at(position).planNodeId, position});
-        }
-        keys.push_back({flat.at(top).planNodeId, top});
-    }
-    sortKeys(keys);
-    std::vector<int> sources;
-    sources.reserve(keys.size());
-    for (const SortKey& key : keys)
-        sources.push_back(key.position);
-    rearrange(flat, std::move(sources));
-    nodes = std::move(flat);
-}
-
-void addPlanNode(KvPlanNode node, QList<KvPlanNode>& flat)
-{
-    QList<KvPlanNode> children = std::move(node.children);
-    appendFlat(std::move(children), flat);
-    appendMoved(flat, node, KvPlanNode());
 }
 
 bool attachChildNode(const KvPlanNode& node, QList<KvPlanNode>& tree)

@@ -6,30 +6,39 @@
 
 namespace Kv {
 
-KvTreePlacement::KvTreePlacement(const QList<KvPlanNode>& nodes, const std::vector<int>& order)
+KvTreeFields::KvTreeFields(const QList<KvPlanNode>& nodes)
+{
+    const std::size_t count = static_cast<std::size_t>(nodes.size());
+    planNodeIds.reserve(count);
+    uniqueIds.reserve(count);
+    parentTaskIds.reserve(count);
+    for (const KvPlanNode& node : nodes) {
+        planNodeIds.push_back(node.planNodeId);
+        uniqueIds.push_back(node.uniqueId);
+        parentTaskIds.push_back(node.parentTaskId);
+        anyChildren = anyChildren || !node.children.isEmpty();
+    }
+}
+
+KvTreePlacement::KvTreePlacement(const QList<KvPlanNode>& nodes, const KvTreeFields& fields,
+                                 const std::vector<int>& order)
     : m_count(nodes.size())
     , m_ready(m_count)
     , m_isPlaced(order.size(), false)
 {
     if (m_count == 0)
         return;
+    const KvNumberRanks numbers(fields.uniqueIds);
+    m_groupCount = numbers.count();
     m_ownGroup.reserve(order.size());
     m_awaited.reserve(order.size());
-    bool anyCarried = false;
     for (const int position : order) {
-        const KvPlanNode& node = nodes.at(position);
-        m_ownGroup.push_back(node.uniqueId);
-        m_awaited.push_back(node.parentTaskId);
-        anyCarried = anyCarried || !node.children.isEmpty();
+        const int uniqueId = fields.uniqueIds[index(position)];
+        const int parentTaskId = fields.parentTaskIds[index(position)];
+        m_ownGroup.push_back(numbers.rankOf(uniqueId));
+        m_awaited.push_back(uniqueId == parentTaskId ? -1 : numbers.rankOf(parentTaskId));
     }
-    const KvNumberRanks numbers(m_ownGroup);
-    m_groupCount = numbers.count();
-    for (std::size_t rank = 0; rank < order.size(); ++rank) {
-        const bool isOwnParent = m_ownGroup[rank] == m_awaited[rank];
-        m_awaited[rank] = isOwnParent ? -1 : numbers.rankOf(m_awaited[rank]);
-        m_ownGroup[rank] = numbers.rankOf(m_ownGroup[rank]);
-    }
-    if (anyCarried) {
+    if (fields.anyChildren) {
         m_carriedEnd.reserve(order.size());
         for (const int position : order) {
             listCarried(nodes.at(position), static_cast<int>(m_carriedEnd.size()), numbers);
@@ -38,7 +47,7 @@ KvTreePlacement::KvTreePlacement(const QList<KvPlanNode>& nodes, const std::vect
     }
     listWaiting();
     m_first.assign(index(m_groupCount), -1);
-    if (m_groupCount < m_count || anyCarried)
+    if (m_groupCount < m_count || fields.anyChildren)
         m_forest.emplace(m_count + carriedCount());
     run();
 }

@@ -11,6 +11,17 @@ namespace Kv {
 
 class KvNumberRanks;
 
+/// What the tree depends on, read out of the nodes in one go, since touching all records is most of the cost.
+struct KvTreeFields
+{
+    explicit KvTreeFields(const QList<KvPlanNode>& nodes);
+
+    std::vector<int> planNodeIds;
+    std::vector<int> uniqueIds;
+    std::vector<int> parentTaskIds;
+    bool anyChildren = false; ///< whether some node brings children along
+};
+
 /// Finds out where each node of a flat list goes in the tree, and in which order, without touching the nodes.
 ///
 /// The rule is one of rounds: in each, the nodes that are not yet placed are gone through in order, and each
@@ -29,8 +40,9 @@ public:
         int parent; ///< may be carried
     };
 
-    /// @p order: the positions in @p nodes in the order of the rounds.
-    KvTreePlacement(const QList<KvPlanNode>& nodes, const std::vector<int>& order);
+    /// @p order: the positions in @p nodes in the order of the rounds. @p fields: those of @p nodes.
+    KvTreePlacement(const QList<KvPlanNode>& nodes, const KvTreeFields& fields,
+                    const std::vector<int>& order);
 
     /// The roots, in order.
     const std::vector<int>& roots() const { return m_roots; }
