@@ -181,7 +181,7 @@ void KvPlanTreePropertyTest::treeIsThatOfTheDescription()
 {
     QFETCH(int, mix);
     Lists lists(Mixes[mix], 1000 + quint32(mix));
-    const int rounds = Mixes[mix].maxCount > 50 ? 400 : 6000;
+    const int rounds = Mixes[mix].maxCount > 50 ? 400 : 4000;
     int returned = 0;
     int cyclic = 0;
     for (int i = 0; i < rounds; ++i) {
