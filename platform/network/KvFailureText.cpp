@@ -150,8 +150,10 @@ QString tooLarge(qint64 limit)
 
 QString withoutSecrets(const QString& text, const QNetworkRequest& request)
 {
-    QString clean = text;
     const QByteArray authorization = request.rawHeader("Authorization");
+    if (text.isEmpty() || authorization.isEmpty())
+        return text;
+    QString clean = text;
     const QByteArray credentials = authorization.mid(authorization.indexOf(' ') + 1);
     const QString token = QString::fromLatin1(credentials);
     QString password;

@@ -87,9 +87,11 @@ KvReplyOutcome::KvReplyOutcome(QNetworkReply* reply, const KvNetworkLimits& limi
     connect(reply, &QNetworkReply::finished, this, &KvReplyOutcome::conclude);
     connect(reply, &QNetworkReply::metaDataChanged, this, &KvReplyOutcome::takeLength);
     connect(reply, &QNetworkReply::readyRead, this, &KvReplyOutcome::takeBody);
-    connect(reply, &QNetworkReply::uploadProgress, this, &KvReplyOutcome::noteActivity);
-    connect(reply, &QNetworkReply::sslErrors, this,
-            [this](const QList<QSslError>& errors) { m_sslErrors = errors; });
+    if (reply->operation() != QNetworkAccessManager::GetOperation)
+        connect(reply, &QNetworkReply::uploadProgress, this, &KvReplyOutcome::noteActivity);
+    if (reply->request().url().scheme() == QLatin1String("https"))
+        connect(reply, &QNetworkReply::sslErrors, this,
+                [this](const QList<QSslError>& errors) { m_sslErrors = errors; });
     startTimer();
 }
 

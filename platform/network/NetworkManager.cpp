@@ -51,17 +51,29 @@ QByteArray usableToken(const QByteArray& text)
     return token;
 }
 
-QNetworkRequest makeRequest(const QUrl& url)
+QNetworkRequest makeCommonRequest()
 {
-    QNetworkRequest request(url);
+    QNetworkRequest request;
     request.setHeader(QNetworkRequest::UserAgentHeader, QStringLiteral("KvNetwork"));
     request.setRawHeader("Accept", "application/json");
     // A compressed reply unfolds to a thousand times its size in one step, before any limit could stop it.
     request.setRawHeader("Accept-Encoding", "identity");
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
     return request;
+}
+
+QNetworkRequest makeRequest(const QUrl& url)
+{
+    static const QNetworkRequest common = makeCommonRequest(); // its copies share what they do not change
+    QNetworkRequest request(common);
+    request.setUrl(url);
+    return request;
+}
+
+QString pathForReport(const QUrl& url, const QNetworkRequest& request)
+{
+    return KvFailureText::withoutSecrets(url.path(QUrl::FullyEncoded), request);
 }
 
 } // namespace
@@ -140,11 +152,10 @@ QNetworkReply* NetworkManager::send(Verb verb, const QString& urlText, const QBy
     if (!authorization.isEmpty())
         request.setRawHeader("Authorization", authorization);
 
-    const QString path = KvFailureText::withoutSecrets(url.path(QUrl::FullyEncoded), request);
     if (!open()) {
         KvNetworkReport report;
         report.method = verbName(verb);
-        report.path = path;
+        report.path = pathForReport(url, request);
         report.category = KvNetworkReport::Aborted;
         report.message = QStringLiteral("not sent: the application is not running");
         Q_EMIT requestFinished(report);
@@ -157,7 +168,7 @@ QNetworkReply* NetworkManager::send(Verb verb, const QString& urlText, const QBy
     limits.replyBytes = m_replyBytes;
     auto* outcome = new KvReplyOutcome(start(verb, request, body), limits);
     if (!isUsable(url))
-        outcome->setUnsent(verbName(verb), path, KvFailureText::unusableAddress(url));
+        outcome->setUnsent(verbName(verb), pathForReport(url, request), KvFailureText::unusableAddress(url));
     if (outcome->isConcluded())
         Q_EMIT requestFinished(outcome->report());
     else
