@@ -88,8 +88,7 @@ int runServe(const QStringList& arguments)
         }
     }
     const Router router(serviceRoutes());
-    WorkerPool workers(workerCount, longestQueue,
-                       [database] { return openStore(database, MissingDatabase::Refuse); });
+    WorkerPool workers(workerCount, longestQueue, [database] { return connectStore(database); });
     Service service(router, workers, log,
                     qint64{options.number(QStringLiteral("reply-memory"), 1, 1 << 20)} << 20);
     HttpServer server(

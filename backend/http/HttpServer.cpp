@@ -200,8 +200,12 @@ private:
         entry.method = request.method;
         entry.path = pathOf(request.target);
         ++m_atWork;
-        m_handler(std::move(request), [this, handle, entry, started](Reply&& reply) mutable {
-            send(*handle, std::move(reply), std::move(entry), started);
+        m_handler(std::move(request), [this, handle, entry, started](Reply&& reply) {
+            // Never from within this call: a reply that is out before the connection has taken note of its
+            // request makes it read the next one twice.
+            asio::post(m_context, [this, handle, entry, started, reply = std::move(reply)]() mutable {
+                send(*handle, std::move(reply), std::move(entry), started);
+            });
         });
         return restinio::request_accepted();
     }

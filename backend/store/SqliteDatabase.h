@@ -62,6 +62,7 @@ enum class DatabaseFile
 };
 
 /// Looks at the file's header only; the file is opened for reading and nothing is written beside it.
+/// Closing the file gives up every lock that this process has on it, so no connection to it may be open yet.
 /// Throws StoreError when the file cannot be read.
 DatabaseFile inspectDatabaseFile(const QString& path);
 

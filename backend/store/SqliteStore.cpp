@@ -171,4 +171,9 @@ std::unique_ptr<Store> openStore(const QString& path, MissingDatabase missing)
     return std::make_unique<SqliteStore>(std::move(database));
 }
 
+std::unique_ptr<Store> connectStore(const QString& path)
+{
+    return std::make_unique<SqliteStore>(std::make_unique<SqliteDatabase>(path));
+}
+
 } // namespace PlanService

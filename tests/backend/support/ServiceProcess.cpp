@@ -10,12 +10,12 @@ namespace {
 
 constexpr int startTimeoutMs = 30000;
 
-QString program()
+} // namespace
+
+QString ServiceProcess::program()
 {
     return QStringLiteral(PLANSERVICE_PROGRAM);
 }
-
-} // namespace
 
 ServiceProcess::ServiceProcess()
 {

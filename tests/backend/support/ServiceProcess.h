@@ -27,6 +27,8 @@ public:
     /// Kills the service when it still runs.
     ~ServiceProcess();
 
+    /// Path of the built planservice.
+    static QString program();
     /// Runs planservice with any arguments until it ends, at most @p timeoutMs.
     static ServiceRun run(const QStringList& arguments, int timeoutMs = 60000);
 
