@@ -1,6 +1,5 @@
 #include <plandata/KvPlanData.h>
 
-#include <service/KvPlanEndpoints.h>
 #include <service/KvPlanNodeEndpoints.h>
 
 KvPlanData::KvPlanData() = default;
@@ -22,26 +21,6 @@ void KvPlanData::clear()
     m_meteringStateCache.clear();
 }
 
-bool KvPlanData::getPlanById(const QString& id, KvPlan& plan)
-{
-    const QString requested = id; // `id` may be the caller's plan.id, which the reply overwrites
-    if (!Kv::requestPlanById(requested, plan))
-        return false;
-    m_planCache.insert(requested, plan);
-    // By the id inside the plan, which the service may give differently from the one it was asked for.
-    m_planDetailLoaded.insert(plan.id, true);
-    return true;
-}
-
-bool KvPlanData::getPlanFromCacheById(const QString& id, KvPlan& plan)
-{
-    const auto cached = m_planCache.constFind(id);
-    if (cached == m_planCache.constEnd())
-        return getPlanById(id, plan);
-    plan = *cached;
-    return true;
-}
-
 bool KvPlanData::getPlanNodeFromCacheById(const QString& id, KvPlanNode& node)
 {
     const auto cached = m_planNodeCache.constFind(id);
@@ -54,10 +33,4 @@ bool KvPlanData::getPlanNodeFromCacheById(const QString& id, KvPlanNode& node)
         return false;
     m_planNodeCache.insert(requested, node);
     return true;
-}
-
-QString KvPlanData::getPlanName(const QString& id) const
-{
-    const auto cached = m_planCache.constFind(id);
-    return cached == m_planCache.constEnd() ? QString() : cached->name;
 }

@@ -1,17 +1,94 @@
 #include <service/KvPlanEndpoints.h>
 
 #include <model/KvPlanCodec.h>
+#include <service/KvQueryFilter.h>
 #include <service/KvRequestFrame.h>
 
 #include <KvNetwork/NetworkEventLoop.h>
 #include <KvNetwork/NetworkManager.h>
+#include <KvPublicFun/KvPub.h>
 
 namespace Kv {
+
+namespace {
+
+void appendPlans(const NetworkEventLoop& reply, QList<KvPlan>& plans)
+{
+    const QList<QJsonObject> objects = reply.objectList();
+    plans.reserve(plans.size() + objects.size());
+    for (const QJsonObject& object : objects) {
+        plans.append(KvPlan());
+        jsonObjectToPlan(object, plans.last());
+    }
+}
+
+} // namespace
 
 bool requestPlanById(const QString& planId, KvPlan& plan)
 {
     return exchange(NetworkManager::instance().get(taskUrl("plans/%1", planId)),
                     [&](const NetworkEventLoop& reply) { jsonObjectToPlan(reply.object(), plan); });
+}
+
+bool requestAllPlans(QList<KvPlan>& plans)
+{
+    return exchange(NetworkManager::instance().get(taskUrl("projects/%1/plans", currentProject())),
+                    [&](const NetworkEventLoop& reply) { appendPlans(reply, plans); });
+}
+
+bool requestPlanRangeCount(const KvPlanCondition& condition, int& count)
+{
+    const QString url =
+        taskUrl("projects/%1/plans?where=%2&only_count=true", currentProject(), buildPlanQuery(condition));
+    return exchange(NetworkManager::instance().get(url), [&](const NetworkEventLoop& reply) {
+        count = reply.object().value(QLatin1String("count")).toInt(0);
+    });
+}
+
+bool requestPlanRangeData(const KvPlanCondition& condition, int skip, int limit, QList<KvPlan>& plans)
+{
+    const QString url = taskUrl("projects/%1/plans?where=%2&skip=%3&limit=%4", currentProject(),
+                                buildPlanQuery(condition), skip, limit);
+    return exchange(NetworkManager::instance().get(url),
+                    [&](const NetworkEventLoop& reply) { appendPlans(reply, plans); });
+}
+
+bool requestCreatePlan(KvPlan& plan)
+{
+    if (plan.projectId.isEmpty())
+        plan.projectId = currentProject();
+    QJsonObject body;
+    planToJsonObject(plan, body);
+    return exchange(NetworkManager::instance().postJson(taskUrl("plans"), body),
+                    [&](const NetworkEventLoop& reply) { jsonObjectToPlan(reply.object(), plan); });
+}
+
+// A PUT with an empty body, though it makes a new plan: the service copies the plan that the path names.
+bool requestCopyPlan(const QString& planId, KvPlan& plan)
+{
+    return exchange(NetworkManager::instance().putJson(taskUrl("plans/%1/copy", planId), QJsonObject()),
+                    [&](const NetworkEventLoop& reply) { jsonObjectToPlan(reply.object(), plan); });
+}
+
+bool requestUpdatePlan(const KvPlan& cached, KvPlan& plan)
+{
+    QJsonObject before;
+    QJsonObject changes;
+    planToJsonObject(cached, before);
+    planToJsonObject(plan, changes);
+    KvPub::removeCommonJsonValue(before, changes);
+    if (changes.isEmpty()) {
+        plan = cached; // also resets what the service's JSON does not carry
+        return true;
+    }
+    return exchange(NetworkManager::instance().putJson(taskUrl("plans/%1", cached.id), changes),
+                    [&](const NetworkEventLoop& reply) { jsonObjectToPlan(reply.object(), plan); });
+}
+
+bool requestDeletePlan(const QString& planId)
+{
+    return exchange(NetworkManager::instance().deleteResource(taskUrl("plans/%1", planId)),
+                    [](const NetworkEventLoop&) {});
 }
 
 } // namespace Kv

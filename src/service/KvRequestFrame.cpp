@@ -2,12 +2,18 @@
 
 #include <KvNetwork/KvBaseApi.h>
 #include <KvNetwork/NetworkEventLoop.h>
+#include <KvSoftBase/KvSoftBase.h>
 
 namespace Kv {
 
 QString serviceUrl(QLatin1String service, const char* pathTemplate)
 {
     return KvBaseApi::GetInstance().getBaseApi() + service + QLatin1String(pathTemplate);
+}
+
+QString currentProject()
+{
+    return GetSoftCache()->currentProjectId();
 }
 
 bool exchange(QNetworkReply* reply, const std::function<void(const NetworkEventLoop&)>& read)

@@ -21,6 +21,9 @@ namespace Kv {
 /// Base address, service prefix and path template, still with its placeholders.
 QString serviceUrl(QLatin1String service, const char* pathTemplate);
 
+/// The current project, read anew from the application's soft cache at each call.
+QString currentProject();
+
 /// The URL of a path of the task service. Placeholders are filled in ascending order, one at a time, with
 /// texts and decimal numbers as they stand: nothing is percent-encoded here, the network library sees to
 /// that. A text that itself holds a placeholder would be filled by a later argument; identifiers hold none.

@@ -1,0 +1,108 @@
+// The facade's operations on plans.
+
+#include <plandata/KvPlanData.h>
+
+#include <service/KvPlanEndpoints.h>
+
+#include <KvPublicFun/KvPub.h>
+
+#include <algorithm>
+
+bool KvPlanData::createPlan(KvPlan& plan)
+{
+    if (!Kv::requestCreatePlan(plan))
+        return false;
+    m_planCache.insert(plan.id, plan);
+    return true;
+}
+
+bool KvPlanData::updatePlan(KvPlan& plan)
+{
+    // A copy, because the host may come back in during the wait and change the cache. A plan that is not
+    // cached gets an empty entry, which stays when the request fails: existing hosts count on the entry.
+    const KvPlan cached = m_planCache[plan.id];
+    if (!Kv::requestUpdatePlan(cached, plan))
+        return false;
+    m_planCache.insert(plan.id, plan);
+    return true;
+}
+
+// The cache keeps the entry: lists that still show the plan can go on naming it.
+bool KvPlanData::deletePlan(const QString& id)
+{
+    return Kv::requestDeletePlan(id);
+}
+
+bool KvPlanData::copyPlanById(const QString& id, KvPlan& plan)
+{
+    if (!Kv::requestCopyPlan(id, plan))
+        return false;
+    m_planCache.insert(plan.id, plan);
+    return true;
+}
+
+bool KvPlanData::getAllPlan(QList<KvPlan>& plans, bool flag)
+{
+    Q_UNUSED(flag) // part of the signature that hosts are linked against; it never made a difference
+    clear();
+    const bool read = Kv::requestAllPlans(plans);
+    std::sort(plans.begin(), plans.end(), [](const KvPlan& a, const KvPlan& b) {
+        return KvPub::naturalSort(a.name, b.name, Qt::CaseInsensitive);
+    });
+    for (const KvPlan& plan : qAsConst(plans)) {
+        m_planCache.insert(plan.id, plan);
+        m_planDetailLoaded.insert(plan.id, false);
+    }
+    return read;
+}
+
+QStringList KvPlanData::getAllPlanNames()
+{
+    QStringList names;
+    names.reserve(m_planCache.size());
+    for (const KvPlan& plan : qAsConst(m_planCache))
+        names.append(plan.name);
+    return names;
+}
+
+bool KvPlanData::getPlanRangeCount(const KvPlanCondition& condition, int& count)
+{
+    return Kv::requestPlanRangeCount(condition, count);
+}
+
+bool KvPlanData::getPlanRangeData(const KvPlanCondition& condition, int skip, int limit, QList<KvPlan>& plans)
+{
+    const int before = plans.size();
+    if (Kv::requestPlanRangeData(condition, skip, limit, plans)) {
+        m_planCache.clear();
+        for (int i = before; i < plans.size(); ++i)
+            m_planCache.insert(plans.at(i).id, plans.at(i));
+    }
+    return true; // also after a failure, which existing hosts tell by the unchanged list
+}
+
+bool KvPlanData::getPlanById(const QString& id, KvPlan& plan)
+{
+    const QString requested = id; // `id` may be the caller's plan.id, which the reply overwrites
+    if (!Kv::requestPlanById(requested, plan))
+        return false;
+    m_planCache.insert(requested, plan);
+    // By the id inside the plan, which the service may give differently from the one it was asked for.
+    m_planDetailLoaded.insert(plan.id, true);
+    return true;
+}
+
+bool KvPlanData::getPlanFromCacheById(const QString& id, KvPlan& plan)
+{
+    const auto cached = m_planCache.constFind(id);
+    if (cached == m_planCache.constEnd())
+        return getPlanById(id, plan);
+    plan = *cached;
+    return true;
+}
+
+QString KvPlanData::getPlanName(const QString& id) const
+{
+    const auto cached = m_planCache.constFind(id);
+    return cached == m_planCache.constEnd() ? QString() : cached->name;
+}
