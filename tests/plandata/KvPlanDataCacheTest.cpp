@@ -1,0 +1,533 @@
+// The facade as a host has it, through the library's exported interface: the one object, its caches, copies.
+
+#include "FacadeCopies.h"
+
+#include <KvNetwork/KvBaseApi.h>
+
+#include <model/KvPlanRecordsDump.h>
+#include <support/ScriptedServer.h>
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonObject>
+#include <QtTest/QtTest>
+
+#include <atomic>
+#include <thread>
+#include <type_traits>
+
+using KvTest::difference;
+using KvTest::dump;
+using KvTest::fullPlan;
+using KvTest::fullPlanNode;
+using KvTest::Reply;
+
+// Who may make and end the object is part of the interface.
+static_assert(!std::is_default_constructible_v<KvPlanData>);
+static_assert(!std::is_destructible_v<KvPlanData>);
+static_assert(std::is_copy_assignable_v<KvPlanData>);
+static_assert(!std::is_polymorphic_v<KvPlanData>);
+static_assert(std::is_same_v<decltype(&KvPlanData::instance), KvPlanData* (*)()>);
+static_assert(std::is_same_v<decltype(&KvPlanData::clear), void (KvPlanData::*)()>);
+static_assert(
+    std::is_same_v<decltype(&KvPlanData::getPlanById), bool (KvPlanData::*)(const QString&, KvPlan&)>);
+static_assert(std::is_same_v<decltype(&KvPlanData::getPlanFromCacheById),
+                             bool (KvPlanData::*)(const QString&, KvPlan&)>);
+static_assert(std::is_same_v<decltype(&KvPlanData::getPlanNodeFromCacheById),
+                             bool (KvPlanData::*)(const QString&, KvPlanNode&)>);
+static_assert(
+    std::is_same_v<decltype(&KvPlanData::getPlanName), QString (KvPlanData::*)(const QString&) const>);
+static_assert(
+    std::is_same_v<decltype(std::declval<KvPlanData&>() = std::declval<const KvPlanData&>()), KvPlanData&>);
+
+namespace {
+
+const QString p1 = QStringLiteral("p1");
+const QString p2 = QStringLiteral("p2");
+const QString n1 = QStringLiteral("n1");
+const QString n2 = QStringLiteral("n2");
+
+Reply planReply(const QString& id, const QString& name)
+{
+    const QJsonObject node{{QStringLiteral("_id"), id + QStringLiteral("-n")},
+                           {QStringLiteral("name"), QStringLiteral("node of ") + name}};
+    return Reply::json(QJsonObject{{QStringLiteral("_id"), id},
+                                   {QStringLiteral("name"), name},
+                                   {QStringLiteral("tasks"), QJsonArray{node}}});
+}
+
+Reply nodeReply(const QString& id, const QString& name)
+{
+    return Reply::json(QJsonObject{{QStringLiteral("_id"), id}, {QStringLiteral("name"), name}});
+}
+
+} // namespace
+
+class KvPlanDataCacheTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void planIsReadAndCached();
+    void getPlanByIdAlwaysAsks();
+    void laterReadReplacesTheCachedPlan();
+    void cacheHitMakesNoRequest();
+    void cacheMissReadsAndCaches();
+    void cachedPlanReplacesTheWholeRecord();
+    void nodeIsReadAndCached();
+    void cachedNodeReplacesTheWholeRecord();
+    void planAndNodeCachesAreApart();
+    void nodesOfAPlanAreNotCachedAsNodes();
+    void cacheIsKeyedByTheRequestedId();
+    void nodeCacheIsKeyedByTheRequestedId();
+    void keysAreComparedExactly();
+    void emptyIdIsAKeyLikeAnyOther();
+    void nameOfAPlanNeverRead();
+    void nameOfACachedPlan();
+    void clearEmptiesTheCaches();
+    void failureCachesNothing();
+    void failureKeepsWhatIsCached();
+    void recordsGivenOutAreCopies();
+    void idMayBeTheRecordsOwn();
+    void idMayBeANodesOwn();
+    void copyIsIndependentOfTheOriginal();
+    void originalIsIndependentOfTheCopy();
+    void assignmentReplacesTheCaches();
+    void assignmentToItself();
+
+private:
+    KvPlanData& data() { return *KvPlanData::instance(); }
+    int requests() const { return m_server.requestCount(); }
+    bool isPlanCached(KvPlanData& facade, const QString& id);
+
+    KvTest::ScriptedServer m_server;
+};
+
+// Must be the first use of the object: many threads ask for it while it is being made.
+void KvPlanDataCacheTest::initTestCase()
+{
+    constexpr int threadCount = 8;
+    std::atomic<int> ready{0};
+    KvPlanData* seen[threadCount] = {};
+    std::thread threads[threadCount];
+    for (int i = 0; i < threadCount; ++i) {
+        threads[i] = std::thread([&, i] {
+            ++ready;
+            while (ready < threadCount)
+                std::this_thread::yield();
+            seen[i] = KvPlanData::instance();
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const KvPlanData* object : seen) {
+        QVERIFY(object != nullptr);
+        QCOMPARE(object, KvPlanData::instance());
+    }
+}
+
+void KvPlanDataCacheTest::init()
+{
+    KvBaseApi::GetInstance().setBaseApi(m_server.baseUrl());
+    data().clear();
+}
+
+void KvPlanDataCacheTest::cleanup()
+{
+    QCOMPARE(m_server.complaint(), QString());
+    m_server.reset();
+}
+
+bool KvPlanDataCacheTest::isPlanCached(KvPlanData& facade, const QString& id)
+{
+    // A plan that is not cached would be asked for.
+    const int before = requests();
+    m_server.enqueue(Reply::json(QJsonObject(), 404));
+    KvPlan plan;
+    const bool found = facade.getPlanFromCacheById(id, plan);
+    if (requests() != before)
+        return false;
+    KvPlan other;
+    facade.getPlanById(QStringLiteral("uses up the reply"), other);
+    return found;
+}
+
+void KvPlanDataCacheTest::planIsReadAndCached()
+{
+    m_server.enqueue(planReply(p1, QStringLiteral("主楼")));
+    KvPlan plan;
+    QVERIFY(data().getPlanById(p1, plan));
+    QCOMPARE(m_server.lastRequest().method, QByteArray("GET"));
+    QCOMPARE(m_server.lastRequest().target, QByteArray("/task-service/plans/p1"));
+    QCOMPARE(plan.id, p1);
+    QCOMPARE(plan.name, QStringLiteral("主楼"));
+    QCOMPARE(plan.planNodes.size(), 1);
+    KvPlan cached;
+    QVERIFY(data().getPlanFromCacheById(p1, cached));
+    QCOMPARE(difference(dump(cached), dump(plan)), QString());
+    QCOMPARE(requests(), 1);
+}
+
+void KvPlanDataCacheTest::getPlanByIdAlwaysAsks()
+{
+    KvPlan plan;
+    for (int turn = 1; turn <= 3; ++turn) {
+        m_server.enqueue(planReply(p1, QString::number(turn)));
+        QVERIFY(data().getPlanById(p1, plan));
+        QCOMPARE(plan.name, QString::number(turn));
+        QCOMPARE(requests(), turn);
+    }
+}
+
+void KvPlanDataCacheTest::laterReadReplacesTheCachedPlan()
+{
+    KvPlan plan;
+    m_server.enqueue(planReply(p1, QStringLiteral("old")));
+    QVERIFY(data().getPlanById(p1, plan));
+    m_server.enqueue(Reply::json(QJsonObject{{QStringLiteral("_id"), p1}}));
+    QVERIFY(data().getPlanById(p1, plan));
+    KvPlan cached;
+    QVERIFY(data().getPlanFromCacheById(p1, cached));
+    QCOMPARE(cached.name, QString());
+    QVERIFY(cached.planNodes.isEmpty());
+    QCOMPARE(data().getPlanName(p1), QString());
+}
+
+void KvPlanDataCacheTest::cacheHitMakesNoRequest()
+{
+    KvPlan plan;
+    m_server.enqueue(planReply(p1, QStringLiteral("one")));
+    QVERIFY(data().getPlanById(p1, plan));
+    // The service has meanwhile deleted it, and has even gone away.
+    KvBaseApi::GetInstance().setBaseApi(KvTest::ScriptedServer::refusingUrl());
+    for (int turn = 0; turn < 3; ++turn) {
+        KvPlan cached;
+        QVERIFY(data().getPlanFromCacheById(p1, cached));
+        QCOMPARE(cached.name, QStringLiteral("one"));
+    }
+    QCOMPARE(requests(), 1);
+}
+
+void KvPlanDataCacheTest::cacheMissReadsAndCaches()
+{
+    m_server.enqueue(planReply(p1, QStringLiteral("one")));
+    KvPlan plan;
+    QVERIFY(data().getPlanFromCacheById(p1, plan));
+    QCOMPARE(plan.name, QStringLiteral("one"));
+    QCOMPARE(m_server.lastRequest().target, QByteArray("/task-service/plans/p1"));
+    QVERIFY(data().getPlanFromCacheById(p1, plan));
+    QCOMPARE(requests(), 1);
+    QCOMPARE(data().getPlanName(p1), QStringLiteral("one"));
+}
+
+void KvPlanDataCacheTest::cachedPlanReplacesTheWholeRecord()
+{
+    KvPlan plan;
+    m_server.enqueue(planReply(p1, QStringLiteral("one")));
+    QVERIFY(data().getPlanById(p1, plan));
+    KvPlan other = fullPlan();
+    QVERIFY(data().getPlanFromCacheById(p1, other));
+    QCOMPARE(difference(dump(other), dump(plan)), QString());
+    // A read keeps the file path, and the cache keeps it with the rest.
+    m_server.enqueue(planReply(p2, QStringLiteral("two")));
+    other = fullPlan();
+    QVERIFY(data().getPlanById(p2, other));
+    QCOMPARE(other.mppFilePath, fullPlan().mppFilePath);
+    QVERIFY(data().getPlanFromCacheById(p2, plan));
+    QCOMPARE(plan.mppFilePath, fullPlan().mppFilePath);
+}
+
+void KvPlanDataCacheTest::nodeIsReadAndCached()
+{
+    m_server.enqueue(nodeReply(n1, QStringLiteral("wall")));
+    KvPlanNode node;
+    QVERIFY(data().getPlanNodeFromCacheById(n1, node));
+    QCOMPARE(m_server.lastRequest().method, QByteArray("GET"));
+    QCOMPARE(m_server.lastRequest().target, QByteArray("/task-service/planNodes/n1?expand=true"));
+    QCOMPARE(node.name, QStringLiteral("wall"));
+    KvPlanNode cached;
+    QVERIFY(data().getPlanNodeFromCacheById(n1, cached));
+    QCOMPARE(difference(dump(cached), dump(node)), QString());
+    QCOMPARE(requests(), 1);
+}
+
+void KvPlanDataCacheTest::cachedNodeReplacesTheWholeRecord()
+{
+    m_server.enqueue(nodeReply(n1, QStringLiteral("wall")));
+    KvPlanNode node;
+    QVERIFY(data().getPlanNodeFromCacheById(n1, node));
+    KvPlanNode other = fullPlanNode();
+    QVERIFY(data().getPlanNodeFromCacheById(n1, other));
+    QCOMPARE(difference(dump(other), dump(node)), QString());
+}
+
+void KvPlanDataCacheTest::planAndNodeCachesAreApart()
+{
+    m_server.enqueue(planReply(p1, QStringLiteral("plan")));
+    m_server.enqueue(nodeReply(p1, QStringLiteral("node")));
+    KvPlan plan;
+    KvPlanNode node;
+    QVERIFY(data().getPlanFromCacheById(p1, plan));
+    QVERIFY(data().getPlanNodeFromCacheById(p1, node));
+    QCOMPARE(requests(), 2);
+    QCOMPARE(node.name, QStringLiteral("node"));
+    QCOMPARE(data().getPlanName(p1), QStringLiteral("plan"));
+}
+
+void KvPlanDataCacheTest::nodesOfAPlanAreNotCachedAsNodes()
+{
+    m_server.enqueue(planReply(p1, QStringLiteral("plan")));
+    m_server.enqueue(nodeReply(QStringLiteral("p1-n"), QStringLiteral("asked for")));
+    KvPlan plan;
+    KvPlanNode node;
+    QVERIFY(data().getPlanById(p1, plan));
+    QVERIFY(data().getPlanNodeFromCacheById(plan.planNodes.first().id, node));
+    QCOMPARE(requests(), 2);
+    QCOMPARE(node.name, QStringLiteral("asked for"));
+}
+
+void KvPlanDataCacheTest::cacheIsKeyedByTheRequestedId()
+{
+    m_server.enqueue(planReply(p2, QStringLiteral("renamed")));
+    KvPlan plan;
+    QVERIFY(data().getPlanById(p1, plan));
+    QCOMPARE(plan.id, p2);
+    QCOMPARE(data().getPlanName(p1), QStringLiteral("renamed"));
+    QVERIFY(data().getPlanName(p2).isNull());
+    KvPlan cached;
+    QVERIFY(data().getPlanFromCacheById(p1, cached));
+    QCOMPARE(cached.id, p2);
+    QVERIFY(!isPlanCached(data(), p2));
+}
+
+void KvPlanDataCacheTest::nodeCacheIsKeyedByTheRequestedId()
+{
+    m_server.enqueue(nodeReply(n2, QStringLiteral("renamed")));
+    m_server.enqueue(nodeReply(n2, QStringLiteral("itself")));
+    KvPlanNode node;
+    QVERIFY(data().getPlanNodeFromCacheById(n1, node));
+    QVERIFY(data().getPlanNodeFromCacheById(n2, node));
+    QCOMPARE(requests(), 2);
+    QVERIFY(data().getPlanNodeFromCacheById(n1, node));
+    QCOMPARE(node.name, QStringLiteral("renamed"));
+}
+
+void KvPlanDataCacheTest::keysAreComparedExactly()
+{
+    KvPlan plan;
+    const QStringList ids{QStringLiteral("a"), QStringLiteral("A"),       QStringLiteral("a "),
+                          QStringLiteral("ä"), QStringLiteral("a\u0308"), QStringLiteral("楼")};
+    for (const QString& id : ids) {
+        m_server.enqueue(planReply(id, QStringLiteral("name of ") + id));
+        QVERIFY(data().getPlanFromCacheById(id, plan));
+    }
+    QCOMPARE(requests(), ids.size());
+    for (const QString& id : ids)
+        QCOMPARE(data().getPlanName(id), QStringLiteral("name of ") + id);
+}
+
+void KvPlanDataCacheTest::emptyIdIsAKeyLikeAnyOther()
+{
+    m_server.enqueue(planReply(QString(), QStringLiteral("nobody's")));
+    KvPlan plan;
+    QVERIFY(data().getPlanById(QString(), plan));
+    QCOMPARE(m_server.lastRequest().target, QByteArray("/task-service/plans/"));
+    QCOMPARE(data().getPlanName(QLatin1String("")), QStringLiteral("nobody's"));
+}
+
+void KvPlanDataCacheTest::nameOfAPlanNeverRead()
+{
+    m_server.setHandler([](const KvTest::Request&) { return planReply(p1, QStringLiteral("there")); });
+    QVERIFY(data().getPlanName(p1).isNull());
+    QCOMPARE(requests(), 0);
+}
+
+void KvPlanDataCacheTest::nameOfACachedPlan()
+{
+    m_server.enqueue(planReply(p1, QStringLiteral("one")));
+    KvPlan plan;
+    QVERIFY(data().getPlanById(p1, plan));
+    const KvPlanData& facade = data();
+    QCOMPARE(facade.getPlanName(p1), QStringLiteral("one"));
+    QVERIFY(facade.getPlanName(p2).isNull());
+    QCOMPARE(requests(), 1);
+}
+
+void KvPlanDataCacheTest::clearEmptiesTheCaches()
+{
+    m_server.enqueue(planReply(p1, QStringLiteral("one")));
+    m_server.enqueue(nodeReply(n1, QStringLiteral("wall")));
+    KvPlan plan;
+    KvPlanNode node;
+    QVERIFY(data().getPlanById(p1, plan));
+    QVERIFY(data().getPlanNodeFromCacheById(n1, node));
+    data().clear();
+    QVERIFY(data().getPlanName(p1).isNull());
+    m_server.enqueue(planReply(p1, QStringLiteral("again")));
+    m_server.enqueue(nodeReply(n1, QStringLiteral("wall again")));
+    QVERIFY(data().getPlanFromCacheById(p1, plan));
+    QVERIFY(data().getPlanNodeFromCacheById(n1, node));
+    QCOMPARE(requests(), 4);
+    QCOMPARE(plan.name, QStringLiteral("again"));
+    QCOMPARE(node.name, QStringLiteral("wall again"));
+    data().clear();
+    data().clear();
+}
+
+void KvPlanDataCacheTest::failureCachesNothing()
+{
+    KvPlan plan = fullPlan();
+    KvPlan wanted;
+    wanted.mppFilePath = plan.mppFilePath;
+    wanted.isPublic = 0;
+    m_server.enqueue(Reply::json(QJsonObject{{QStringLiteral("_id"), p1}}, 404));
+    QVERIFY(!data().getPlanById(p1, plan));
+    QCOMPARE(difference(dump(plan), dump(wanted)), QString());
+    QVERIFY(!isPlanCached(data(), p1));
+    QVERIFY(!isPlanCached(data(), QString()));
+
+    KvPlanNode node = fullPlanNode();
+    m_server.enqueue(Reply::json(QJsonObject(), 404));
+    QVERIFY(!data().getPlanNodeFromCacheById(n1, node));
+    QCOMPARE(node.id, QString());
+    m_server.enqueue(nodeReply(n1, QStringLiteral("wall")));
+    QVERIFY(data().getPlanNodeFromCacheById(n1, node));
+    QCOMPARE(node.name, QStringLiteral("wall"));
+}
+
+void KvPlanDataCacheTest::failureKeepsWhatIsCached()
+{
+    KvPlan plan;
+    m_server.enqueue(planReply(p1, QStringLiteral("one")));
+    QVERIFY(data().getPlanById(p1, plan));
+    m_server.enqueue(Reply::json(QJsonObject(), 500));
+    QVERIFY(!data().getPlanById(p1, plan));
+    QCOMPARE(plan.name, QString());
+    QCOMPARE(data().getPlanName(p1), QStringLiteral("one"));
+}
+
+void KvPlanDataCacheTest::recordsGivenOutAreCopies()
+{
+    m_server.enqueue(planReply(p1, QStringLiteral("one")));
+    m_server.enqueue(nodeReply(n1, QStringLiteral("wall")));
+    KvPlan plan;
+    KvPlanNode node;
+    QVERIFY(data().getPlanById(p1, plan));
+    QVERIFY(data().getPlanNodeFromCacheById(n1, node));
+    for (int turn = 0; turn < 2; ++turn) { // the record that was read, then one from the cache
+        plan.name = QStringLiteral("edited");
+        plan.planNodes.first().name = QStringLiteral("edited");
+        plan.planNodes.append(KvPlanNode());
+        node.name = QStringLiteral("edited");
+        QVERIFY(data().getPlanFromCacheById(p1, plan));
+        QVERIFY(data().getPlanNodeFromCacheById(n1, node));
+        QCOMPARE(plan.name, QStringLiteral("one"));
+        QCOMPARE(plan.planNodes.size(), 1);
+        QCOMPARE(plan.planNodes.first().name, QStringLiteral("node of one"));
+        QCOMPARE(node.name, QStringLiteral("wall"));
+    }
+    QCOMPARE(requests(), 2);
+}
+
+void KvPlanDataCacheTest::idMayBeTheRecordsOwn()
+{
+    KvPlan plan;
+    plan.id = p1;
+    m_server.enqueue(planReply(p2, QStringLiteral("renamed")));
+    QVERIFY(data().getPlanById(plan.id, plan));
+    QCOMPARE(m_server.lastRequest().target, QByteArray("/task-service/plans/p1"));
+    QCOMPARE(plan.id, p2);
+    QCOMPARE(data().getPlanName(p1), QStringLiteral("renamed"));
+    QVERIFY(data().getPlanName(p2).isNull());
+
+    plan.id = p1;
+    QVERIFY(data().getPlanFromCacheById(plan.id, plan));
+    QCOMPARE(plan.id, p2);
+    plan.planNodes = {KvPlanNode()};
+    plan.planNodes.first().id = QStringLiteral("p3"); // goes away with the nodes while it is being read
+    m_server.enqueue(planReply(QStringLiteral("p3"), QStringLiteral("three")));
+    QVERIFY(data().getPlanFromCacheById(plan.planNodes.first().id, plan));
+    QCOMPARE(data().getPlanName(QStringLiteral("p3")), QStringLiteral("three"));
+}
+
+void KvPlanDataCacheTest::idMayBeANodesOwn()
+{
+    KvPlanNode node;
+    node.id = n1;
+    m_server.enqueue(nodeReply(n2, QStringLiteral("renamed")));
+    QVERIFY(data().getPlanNodeFromCacheById(node.id, node));
+    QCOMPARE(node.id, n2);
+    node.id = n1;
+    QVERIFY(data().getPlanNodeFromCacheById(node.id, node));
+    QCOMPARE(node.id, n2);
+    QCOMPARE(requests(), 1);
+}
+
+void KvPlanDataCacheTest::copyIsIndependentOfTheOriginal()
+{
+    m_server.enqueue(planReply(p1, QStringLiteral("one")));
+    KvPlan plan;
+    QVERIFY(data().getPlanById(p1, plan));
+    KvPlanData& copy = *copyOf(data());
+    QVERIFY(&copy != &data());
+    QCOMPARE(copy.getPlanName(p1), QStringLiteral("one"));
+
+    m_server.enqueue(planReply(p1, QStringLiteral("changed")));
+    m_server.enqueue(planReply(p2, QStringLiteral("two")));
+    QVERIFY(data().getPlanById(p1, plan));
+    QVERIFY(data().getPlanById(p2, plan));
+    QCOMPARE(copy.getPlanName(p1), QStringLiteral("one"));
+    QVERIFY(copy.getPlanName(p2).isNull());
+    data().clear();
+    QCOMPARE(copy.getPlanName(p1), QStringLiteral("one"));
+}
+
+void KvPlanDataCacheTest::originalIsIndependentOfTheCopy()
+{
+    m_server.enqueue(planReply(p1, QStringLiteral("one")));
+    KvPlan plan;
+    QVERIFY(data().getPlanById(p1, plan));
+    KvPlanData& copy = *copyOf(data());
+    m_server.enqueue(planReply(p2, QStringLiteral("two")));
+    m_server.enqueue(nodeReply(n1, QStringLiteral("wall")));
+    KvPlanNode node;
+    QVERIFY(copy.getPlanById(p2, plan));
+    QVERIFY(copy.getPlanNodeFromCacheById(n1, node));
+    QVERIFY(data().getPlanName(p2).isNull());
+    m_server.enqueue(nodeReply(n1, QStringLiteral("asked for")));
+    QVERIFY(data().getPlanNodeFromCacheById(n1, node));
+    QCOMPARE(node.name, QStringLiteral("asked for"));
+    copy.clear();
+    QCOMPARE(data().getPlanName(p1), QStringLiteral("one"));
+}
+
+void KvPlanDataCacheTest::assignmentReplacesTheCaches()
+{
+    m_server.enqueue(planReply(p1, QStringLiteral("one")));
+    m_server.enqueue(planReply(p2, QStringLiteral("two")));
+    KvPlan plan;
+    QVERIFY(data().getPlanById(p1, plan));
+    KvPlanData& copy = *copyOf(data());
+    QVERIFY(copy.getPlanById(p2, plan));
+    data().clear();
+    KvPlanData& result = (copy = data());
+    QCOMPARE(&result, &copy);
+    QVERIFY(copy.getPlanName(p1).isNull());
+    QVERIFY(copy.getPlanName(p2).isNull());
+}
+
+void KvPlanDataCacheTest::assignmentToItself()
+{
+    m_server.enqueue(planReply(p1, QStringLiteral("one")));
+    KvPlan plan;
+    QVERIFY(data().getPlanById(p1, plan));
+    KvPlanData& same = data();
+    data() = same;
+    QCOMPARE(data().getPlanName(p1), QStringLiteral("one"));
+}
+
+QTEST_GUILESS_MAIN(KvPlanDataCacheTest)
+#include "KvPlanDataCacheTest.moc"
