@@ -65,8 +65,9 @@ QNetworkRequest makeCommonRequest()
 
 QNetworkRequest makeRequest(const QUrl& url)
 {
-    static const QNetworkRequest common = makeCommonRequest(); // its copies share what they do not change
-    QNetworkRequest request(common);
+    // Its copies share what they do not change. Never destroyed: static objects of hosts may still call.
+    static const QNetworkRequest* const common = new QNetworkRequest(makeCommonRequest());
+    QNetworkRequest request(*common);
     request.setUrl(url);
     return request;
 }

@@ -41,8 +41,10 @@ QStringList Request::queryKeys() const
     QStringList keys;
     const QList<QByteArray> pairs = query().split('&');
     for (const QByteArray& pair : pairs) {
+        const int equals = pair.indexOf('=');
         if (!pair.isEmpty())
-            keys.append(QString::fromUtf8(QByteArray::fromPercentEncoding(pair.left(pair.indexOf('=')))));
+            keys.append(
+                QString::fromUtf8(QByteArray::fromPercentEncoding(equals < 0 ? pair : pair.left(equals))));
     }
     return keys;
 }

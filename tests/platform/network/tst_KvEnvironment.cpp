@@ -58,13 +58,13 @@ void tst_KvEnvironment::firstRequestReadsTheEnvironment()
     server.enqueue(Reply::json(QJsonObject()).with(Reply::StallBeforeHeaders));
     qputenv("KV_BASE_API", server.baseUrl().chopped(1).toUtf8());
     qputenv("KV_ACCESS_TOKEN", "from-the-environment");
-    qputenv("KV_NETWORK_TIMEOUT_MS", "120");
+    qputenv("KV_NETWORK_TIMEOUT_MS", "400");
 
     QCOMPARE(KvBaseApi::GetInstance().getBaseApi(), server.baseUrl());
     const Exchange exchange = Exchange::get(KvBaseApi::GetInstance().getBaseApi() + QLatin1String("x"));
 
     QCOMPARE(exchange.report.category, KvNetworkReport::Timeout);
-    QVERIFY2(exchange.report.message.contains(QLatin1String("120 ms")), qPrintable(exchange.report.message));
+    QVERIFY2(exchange.report.message.contains(QLatin1String("400 ms")), qPrintable(exchange.report.message));
     QCOMPARE(server.lastRequest().header("Authorization"), QByteArray("Bearer from-the-environment"));
 }
 
@@ -81,14 +81,14 @@ void tst_KvEnvironment::codeWins()
     KvTest::ScriptedServer server;
     server.enqueue(Reply::json(QJsonObject()));
     Reply slow = Reply::text("{}", "application/json").with(Reply::SlowSlices);
-    slow.sliceInterval = 200;
+    slow.sliceInterval = 600;
     server.enqueue(slow);
     KvBaseApi::GetInstance().setBaseApi(server.baseUrl());
     NetworkManager::instance().setAccessToken(QStringLiteral("from-code"));
     QVERIFY(Exchange::get(server.baseUrl()).isSuccessful);
     QCOMPARE(server.lastRequest().header("Authorization"), QByteArray("Bearer from-code"));
 
-    // 0 means the default, not the environment's 120 ms; and an empty token means none.
+    // 0 means the default, not the environment's 400 ms; and an empty token means none.
     NetworkManager::instance().setTimeout(0);
     NetworkManager::instance().setAccessToken(QString());
     QVERIFY(Exchange::get(server.baseUrl()).isSuccessful);

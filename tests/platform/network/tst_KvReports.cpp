@@ -181,7 +181,7 @@ void tst_KvReports::noSecretInAnyReport()
     server.setHandler([reply](const KvTest::Request&) { return replyOfEveryKind().at(reply); });
     KvBaseApi::GetInstance().setBaseApi(server.baseUrl());
     NetworkManager::instance().setAccessToken(secretToken());
-    NetworkManager::instance().setTimeout(100);
+    NetworkManager::instance().setTimeout(400);
 
     const Exchange exchange =
         Exchange::get(server.baseUrl() + QLatin1String("plans?where={\"name\":\"hidden\"}"));

@@ -95,7 +95,8 @@ void tst_KvWaiting::replyFinishedBeforeTheWait()
     server.close();
 
     bool isEventHandled = false;
-    QTimer::singleShot(0, this, [&] { isEventHandled = true; });
+    QObject receiver; // takes the event with it when the function ends
+    QTimer::singleShot(0, &receiver, [&] { isEventHandled = true; });
     NetworkEventLoop loop(reply);
     QVERIFY(loop.isSuccessful());
     QCOMPARE(loop.exec(), 0);
