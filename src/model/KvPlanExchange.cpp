@@ -1,0 +1,154 @@
+#include <model/KvPlanDataUtils.h>
+
+#include <model/KvDecodePool.h>
+#include <model/KvExchangeDate.h>
+#include <model/KvJsonMembers.h>
+#include <model/KvPlanCodec.h>
+
+#include <QtCore/QJsonArray>
+
+namespace {
+
+using Value = const Kv::KvJsonMember&;
+using Duration = KvDuration&;
+using Link = KvPlanPredecessor&;
+using Node = KvPlanNode&;
+using Pool = Kv::KvDecodePool&;
+
+void readDuration(Value in, KvDuration& out, Kv::KvDecodePool& pool);
+void readPredecessors(Value in, KvPlanNode& out, Kv::KvDecodePool& pool);
+
+// A one-character text, whose character has the code of a byte.
+QString byteAsText(int code)
+{
+    return QString(QChar(static_cast<ushort>(code & 0xff)));
+}
+
+// The tables below stand in ascending order of the keys, as a JSON object does. One key a line, however long.
+// clang-format off
+
+// A missing unit reads as 0, not as the record's default of days: the file then gave no unit.
+const Kv::KvField<KvDuration> durationFields[] = {
+    {QLatin1String("Duration"), [](Value v, Duration d, Pool) { d.value = v.real(); }},
+    {QLatin1String("Units"), [](Value v, Duration d, Pool) { d.units = v.wholeNumber(); }},
+};
+
+const Kv::KvField<KvPlanPredecessor> predecessorFields[] = {
+    {QLatin1String("Lag"), [](Value v, Link l, Pool p) { readDuration(v, l.lag, p); }},
+    {QLatin1String("SourceTaskID"), [](Value v, Link l, Pool) { l.sourcePlanNodeId = v.wholeNumber(); }},
+    {QLatin1String("SourceTaskName"), [](Value v, Link l, Pool p) { l.sourcePlanNodeName = p.shared(v.text()); }},
+    {QLatin1String("SourceTaskUniqueID"), [](Value v, Link l, Pool) { l.sourcePlanNodeUniqueId = v.wholeNumber(); }},
+    {QLatin1String("TargetTaskID"), [](Value v, Link l, Pool) { l.targetPlanNodeId = v.wholeNumber(); }},
+    {QLatin1String("TargetTaskName"), [](Value v, Link l, Pool p) { l.targetPlanNodeName = p.shared(v.text()); }},
+    // Not the number as text but the character of its low byte, for compatibility with existing hosts.
+    {QLatin1String("TargetTaskUniqueID"), [](Value v, Link l, Pool p) { l.targetPlanNodeUniqueId = p.shared(byteAsText(v.wholeNumber())); }},
+    {QLatin1String("Type"), [](Value v, Link l, Pool) { l.type = v.wholeNumber(); }},
+};
+
+const Kv::KvField<KvPlanNode> taskFields[] = {
+    {QLatin1String("Duration"), [](Value v, Node n, Pool p) { readDuration(v, n.duration, p); }},
+    {QLatin1String("DurationText"), [](Value v, Node n, Pool p) { n.durationText = p.shared(v.text()); }},
+    {QLatin1String("Finish"), [](Value v, Node n, Pool) { n.finishDate = Kv::exchangeDateTime(v.text()); }},
+    {QLatin1String("FinishSlack"), [](Value v, Node n, Pool p) { readDuration(v, n.finishSlack, p); }},
+    {QLatin1String("FinishText"), [](Value v, Node n, Pool p) { n.finishText = p.shared(v.text()); }},
+    {QLatin1String("GUID"), [](Value v, Node n, Pool) { n.guid = v.text(); }},
+    {QLatin1String("ID"), [](Value v, Node n, Pool) { n.planNodeId = v.wholeNumber(); }},
+    {QLatin1String("Milestone"), [](Value v, Node n, Pool) { n.milestone = v.flag(); }},
+    {QLatin1String("Name"), [](Value v, Node n, Pool p) { n.name = p.shared(v.text()); }},
+    // Not the note but one character of code 0 or 1, as a flag: kept for compatibility with existing hosts.
+    {QLatin1String("Notes"), [](Value v, Node n, Pool p) { n.notes = p.shared(byteAsText(v.flag() ? 1 : 0)); }},
+    {QLatin1String("ParentTask"), [](Value v, Node n, Pool) { n.parentTaskId = v.wholeNumber(); }},
+    {QLatin1String("Predecessors"), [](Value v, Node n, Pool p) { readPredecessors(v, n, p); }},
+    {QLatin1String("Start"), [](Value v, Node n, Pool) { n.startDate = Kv::exchangeDateTime(v.text()); }},
+    {QLatin1String("StartText"), [](Value v, Node n, Pool p) { n.startText = p.shared(v.text()); }},
+    {QLatin1String("Summary"), [](Value v, Node n, Pool) { n.summary = v.flag(); }},
+    {QLatin1String("Type"), [](Value v, Node n, Pool) { n.type = v.wholeNumber(); }},
+    {QLatin1String("UniqueID"), [](Value v, Node n, Pool) { n.uniqueId = v.wholeNumber(); }},
+};
+// clang-format on
+
+void readDuration(Value in, KvDuration& out, Kv::KvDecodePool& pool)
+{
+    static const Kv::KvFields fields(durationFields);
+    fields.read(in.members(), out, pool);
+}
+
+void readPredecessors(Value in, KvPlanNode& out, Kv::KvDecodePool& pool)
+{
+    static const Kv::KvFields fields(predecessorFields);
+    const QCborArray links = in.elements();
+    for (const QCborValue& link : links) {
+        out.predecessors.append(KvPlanPredecessor());
+        fields.read(link.toMap(), out.predecessors.last(), pool);
+    }
+}
+
+void readTask(const QJsonObject& in, KvPlanNode& out, Kv::KvDecodePool& pool)
+{
+    static const Kv::KvFields fields(taskFields);
+    fields.read(in, out, pool);
+}
+
+} // namespace
+
+namespace KvPlanDataUtils {
+
+void jsonObjectToPlanMPXJ(const QJsonObject& in, KvPlan& out)
+{
+    out.name = in.value(QLatin1String("Name")).toString();
+    out.mppFilePath = in.value(QLatin1String("MPPFilePath")).toString();
+    const QJsonArray tasks = in.value(QLatin1String("AllTasks")).toArray();
+    Kv::KvDecodePool pool(tasks.size());
+    out.planNodes.reserve(out.planNodes.size() + tasks.size());
+    for (const QJsonValue& task : tasks) {
+        out.planNodes.append(KvPlanNode());
+        readTask(task.toObject(), out.planNodes.last(), pool);
+    }
+}
+
+void jsonObjectToPlanNodeMPJX(const QJsonObject& in, KvPlanNode& out)
+{
+    Kv::KvDecodePool pool;
+    readTask(in, out, pool);
+}
+
+// Without "Milestone", and with the predecessors under the service's keys, which the reader above does not
+// know: kept for compatibility with existing hosts that read these files.
+void planNodeToJsonObjectMPXJ(const KvPlanNode& in, QJsonObject& out)
+{
+    out.insert(QLatin1String("ParentTask"), in.parentTaskId);
+    out.insert(QLatin1String("UniqueID"), in.uniqueId);
+    out.insert(QLatin1String("ID"), in.planNodeId);
+    out.insert(QLatin1String("GUID"), in.guid);
+    out.insert(QLatin1String("Name"), in.name);
+    out.insert(QLatin1String("Notes"), in.notes);
+    out.insert(QLatin1String("Start"), in.startDate.toString(Qt::ISODate));
+    out.insert(QLatin1String("StartText"), in.startText);
+    out.insert(QLatin1String("Finish"), in.finishDate.toString(Qt::ISODate));
+    out.insert(QLatin1String("FinishSlack"), Kv::durationToJsonObject(in.finishSlack));
+    out.insert(QLatin1String("FinishText"), in.finishText);
+    out.insert(QLatin1String("Duration"), Kv::durationToJsonObject(in.duration));
+    out.insert(QLatin1String("DurationText"), in.durationText);
+    out.insert(QLatin1String("Summary"), in.summary);
+    out.insert(QLatin1String("Type"), in.type);
+    QJsonArray predecessors;
+    for (const KvPlanPredecessor& predecessor : in.predecessors)
+        predecessors.append(Kv::predecessorToJsonObject(predecessor));
+    out.insert(QLatin1String("Predecessors"), predecessors);
+}
+
+// Tasks are read from "AllTasks" and written to "AllPlanNodes", and the file's path is not written: kept for
+// compatibility with existing hosts.
+void planToJsonObjectMPXJ(const KvPlan& in, QJsonObject& out)
+{
+    out.insert(QLatin1String("Name"), in.name);
+    QJsonArray nodes;
+    for (const KvPlanNode& node : in.planNodes) {
+        QJsonObject object;
+        planNodeToJsonObjectMPXJ(node, object);
+        nodes.append(object);
+    }
+    out.insert(QLatin1String("AllPlanNodes"), nodes);
+}
+
+} // namespace KvPlanDataUtils
