@@ -85,8 +85,9 @@ int main()
         const TextCount text = countText(plan);
         const double count = plan.planNodes.size();
         const double bytes = double(after - before);
-        std::printf("  %8d nodes          %6.0f   %6zu %6.0f        %5.1f %%\n", plan.planNodes.size(), bytes / count,
-                    sizeof(KvPlanNode), double(text.bytes) / count, 100.0 * double(text.repeated) / bytes);
+        std::printf("  %8d nodes          %6.0f   %6zu %6.0f        %5.1f %%\n", plan.planNodes.size(),
+                    bytes / count, sizeof(KvPlanNode), double(text.bytes) / count,
+                    100.0 * double(text.repeated) / bytes);
     }
     return 0;
 }

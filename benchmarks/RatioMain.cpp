@@ -50,7 +50,8 @@ private:
 
 } // namespace
 
-void compare(const std::string& title, const std::string& benchmark, const std::string& reference, double limit)
+void compare(const std::string& title, const std::string& benchmark, const std::string& reference,
+             double limit)
 {
     comparisons().push_back({title, benchmark, reference, limit});
 }

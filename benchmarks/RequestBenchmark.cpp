@@ -1,15 +1,17 @@
 // One small plan over loopback: through the facade, and by a bare network access manager and event loop.
 
 #include "RatioMain.h"
-#include "SamplePlan.h"
 
 #include <KvNetwork/KvBaseApi.h>
+#include <ServiceProcess.h>
 #include <plandata/KvPlanData.h>
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QEventLoop>
 #include <QtNetwork/QNetworkAccessManager>
 #include <QtNetwork/QNetworkReply>
+
+#include <cstdio>
 
 namespace {
 
@@ -46,9 +48,15 @@ void bareRequest(benchmark::State& state)
 int main(int argc, char* argv[])
 {
     QCoreApplication application(argc, argv);
-    const SampleService service(8);
+    KvTest::ServiceProcess service;
+    planId = service.seed({QStringLiteral("--nodes"), QStringLiteral("8")})
+                 .value(QLatin1String("planId"))
+                 .toString();
+    if (planId.isEmpty() || !service.start()) {
+        std::fprintf(stderr, "no service to ask: %s\n", qUtf8Printable(service.failure()));
+        return 2;
+    }
     KvBaseApi::GetInstance().setBaseApi(service.baseUrl());
-    planId = service.planId();
     benchmark::RegisterBenchmark("getPlanById", throughFacade)->UseRealTime()->Unit(benchmark::kMicrosecond);
     benchmark::RegisterBenchmark("bare request", bareRequest)->UseRealTime()->Unit(benchmark::kMicrosecond);
     compare("getPlanById / bare QNetworkAccessManager", "getPlanById", "bare request", 1.10);

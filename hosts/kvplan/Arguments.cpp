@@ -9,6 +9,8 @@
 #include <QtCore/QFile>
 #include <QtCore/QUrl>
 
+#include <limits>
+
 Arguments::Arguments(const QString& command, const QString& summary, const QString& usage)
     : m_command(command)
     , m_usage(usage.split(QLatin1Char(' '), Qt::SkipEmptyParts))
@@ -36,7 +38,7 @@ bool Arguments::read(const QStringList& arguments, int positionalCount)
 {
     if (!m_parser.parse(QStringList(QStringLiteral("kvplan %1").arg(m_command)) + arguments))
         return refuse(m_parser.errorText());
-    if (m_parser.isSet(QStringLiteral("help"))) {
+    if (isSet("help")) {
         QString help = m_parser.helpText();
         // The parser shows the program's own name only; people type the command behind it.
         help.replace(help.indexOf(QLatin1String("[options]")), 0, m_command + QLatin1Char(' '));
@@ -51,9 +53,45 @@ bool Arguments::read(const QStringList& arguments, int positionalCount)
     return configure();
 }
 
-bool Arguments::wantsJson() const
+void Arguments::addOption(const char* name, const char* valueName, const char* description)
 {
-    return m_parser.isSet(QStringLiteral("json"));
+    m_parser.addOption(
+        {QString::fromUtf8(name), QString::fromUtf8(description), QString::fromUtf8(valueName)});
+}
+
+bool Arguments::readNumber(const char* option, int lowest, int highest, int& number)
+{
+    if (!isSet(option))
+        return true;
+    bool isNumber = false;
+    const int read = value(option).toInt(&isNumber);
+    if (!isNumber || read < lowest || read > highest)
+        return refuse(QStringLiteral("--%1 takes a whole number from %2 to %3, not \"%4\"")
+                          .arg(QLatin1String(option))
+                          .arg(lowest)
+                          .arg(highest)
+                          .arg(value(option)));
+    number = read;
+    return true;
+}
+
+bool Arguments::needService()
+{
+    const QString base = KvBaseApi::GetInstance().getBaseApi();
+    if (base.isEmpty())
+        return refuse(QStringLiteral("no server: give --server or set KV_BASE_API"));
+    const QUrl address(base);
+    if (!address.isValid() || address.host().isEmpty() ||
+        (address.scheme() != QLatin1String("http") && address.scheme() != QLatin1String("https")))
+        return refuse(
+            QStringLiteral("\"%1\" is no server address; one looks like http://127.0.0.1:8080/").arg(base));
+    return true;
+}
+
+bool Arguments::needProject()
+{
+    return !GetSoftCache()->currentProjectId().isEmpty() ||
+           refuse(QStringLiteral("no project: give --project or set KV_PROJECT_ID"));
 }
 
 bool Arguments::refuse(const QString& message)
@@ -65,36 +103,24 @@ bool Arguments::refuse(const QString& message)
 
 bool Arguments::configure()
 {
-    KvBaseApi& api = KvBaseApi::GetInstance();
-    if (m_parser.isSet(QStringLiteral("server")))
-        api.setBaseApi(m_parser.value(QStringLiteral("server")));
-    if (api.getBaseApi().isEmpty())
-        return refuse(QStringLiteral("no server: give --server or set KV_BASE_API"));
-    const QUrl address(api.getBaseApi());
-    if (!address.isValid() || address.host().isEmpty() ||
-        (address.scheme() != QLatin1String("http") && address.scheme() != QLatin1String("https")))
-        return refuse(QStringLiteral("\"%1\" is no server address; one looks like http://127.0.0.1:8080/")
-                          .arg(api.getBaseApi()));
-    if (m_parser.isSet(QStringLiteral("project")))
-        GetSoftCache()->setCurrentProjectId(m_parser.value(QStringLiteral("project")));
-    if (m_parser.isSet(QStringLiteral("timeout"))) {
-        bool isNumber = false;
-        const int milliseconds = m_parser.value(QStringLiteral("timeout")).toInt(&isNumber);
-        if (!isNumber || milliseconds <= 0)
-            return refuse(
-                QStringLiteral("--timeout takes a number of milliseconds greater than 0, not \"%1\"")
-                    .arg(m_parser.value(QStringLiteral("timeout"))));
+    if (isSet("server"))
+        KvBaseApi::GetInstance().setBaseApi(value("server"));
+    if (isSet("project"))
+        GetSoftCache()->setCurrentProjectId(value("project"));
+    int milliseconds = 0;
+    if (!readNumber("timeout", 1, std::numeric_limits<int>::max(), milliseconds))
+        return false;
+    if (milliseconds > 0)
         NetworkManager::instance().setTimeout(milliseconds);
-    }
     return configureToken();
 }
 
 // A token never stands on the command line, where every user of the machine could read it.
 bool Arguments::configureToken()
 {
-    if (!m_parser.isSet(QStringLiteral("token-file")))
+    if (!isSet("token-file"))
         return true;
-    QFile file(m_parser.value(QStringLiteral("token-file")));
+    QFile file(value("token-file"));
     if (!file.open(QIODevice::ReadOnly))
         return refuse(
             QStringLiteral("cannot read the token file \"%1\": %2").arg(file.fileName(), file.errorString()));

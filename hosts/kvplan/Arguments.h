@@ -11,15 +11,29 @@ public:
     /// @p usage names the positional arguments as shown in the help, as in "PLAN".
     Arguments(const QString& command, const QString& summary, const QString& usage);
 
-    QCommandLineParser& parser() { return m_parser; }
+    /// An option of this command alone; @p valueName null: one without a value.
+    void addOption(const char* name, const char* valueName, const char* description);
 
     /// Reads @p arguments (without program and command) and configures the platform libraries.
     /// @return false when the command is to end now, with exitCode().
     bool read(const QStringList& arguments, int positionalCount);
 
+    /// Reads an option's value as a number from @p lowest to @p highest; @p number stays when it is left out.
+    /// @return false when it is something else; the command is then to end with exitCode().
+    bool readNumber(const char* option, int lowest, int highest, int& number);
+
+    /// @return false when neither option nor environment gives a usable address of the service; the command
+    /// is then to end.
+    bool needService();
+
+    /// @return false when neither option nor environment names a project; the command is then to end.
+    bool needProject();
+
+    bool isSet(const char* option) const { return m_parser.isSet(QLatin1String(option)); }
+    QString value(const char* option) const { return m_parser.value(QLatin1String(option)); }
     int exitCode() const { return m_exitCode; }
     QString positional(int index) const { return m_parser.positionalArguments().at(index); }
-    bool wantsJson() const;
+    bool wantsJson() const { return isSet("json"); }
 
 private:
     bool refuse(const QString& message);

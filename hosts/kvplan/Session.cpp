@@ -49,8 +49,10 @@ Session::Session()
 {
     connect(&NetworkManager::instance(), &NetworkManager::requestFinished, this,
             [this](const KvNetworkReport& report) {
-                if (report.category != KvNetworkReport::Ok)
-                    m_lastFailure = report;
+                if (report.category == KvNetworkReport::Ok)
+                    return;
+                m_lastFailure = report;
+                m_hasFailed = true;
             });
 }
 

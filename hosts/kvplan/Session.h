@@ -15,11 +15,16 @@ class Session : public QObject
 public:
     Session();
 
+    /// Whether a request failed since the object was made. Some operations of the library answer true all the
+    /// same.
+    bool hasFailed() const { return m_hasFailed; }
+
     /// One line; @p task says what was tried, as in "read the plan \"65f0\"".
     QString failure(const QString& task) const;
 
 private:
     KvNetworkReport m_lastFailure;
+    bool m_hasFailed = false;
 };
 
 /// Writes "kvplan: " and @p message to the standard error stream.
@@ -39,5 +44,7 @@ enum ExitCode
     Success = 0,
     RequestFailed = 1,
     WrongUsage = 2,
-    OutputFailed = 3
+    OutputFailed = 3,
+    BadData = 4,
+    NotAgreed = 5,
 };

@@ -9,12 +9,9 @@
 
 #include <QtCore/QJsonDocument>
 
-namespace {
+#include <limits>
 
-QString minute(const QDateTime& dateTime)
-{
-    return dateTime.toString(QStringLiteral("yyyy-MM-dd hh:mm"));
-}
+namespace {
 
 QString predecessorRows(const KvPlanNode& node)
 {
@@ -35,9 +32,9 @@ QString planText(const KvPlan& plan, int rows)
     addLine(QStringLiteral("project"), plan.projectId);
     addLine(QStringLiteral("category"), plan.category);
     addLine(QStringLiteral("created"),
-            QStringLiteral("%1 %2").arg(minute(plan.createdAt), plan.createdBy).trimmed());
+            QStringLiteral("%1 %2").arg(minuteText(plan.createdAt), plan.createdBy).trimmed());
     addLine(QStringLiteral("changed"),
-            QStringLiteral("%1 %2").arg(minute(plan.updatedAt), plan.updatedBy).trimmed());
+            QStringLiteral("%1 %2").arg(minuteText(plan.updatedAt), plan.updatedBy).trimmed());
     addLine(QStringLiteral("tasks"), QString::number(plan.planNodes.size()));
     if (plan.planNodes.isEmpty() || rows == 0)
         return text;
@@ -51,9 +48,10 @@ QString planText(const KvPlan& plan, int rows)
     table.addColumn(QStringLiteral("After"));
     for (int i = 0; i < qMin(rows, plan.planNodes.size()); ++i) {
         const KvPlanNode& node = plan.planNodes.at(i);
-        table.addRow(
-            {QString::number(node.planNodeId), node.name, minute(node.startDate), minute(node.finishDate),
-             QString::number(node.finishedPercentage, 'f', 0) + QLatin1Char('%'), predecessorRows(node)});
+        table.addRow({QString::number(node.planNodeId), node.name, minuteText(node.startDate),
+                      minuteText(node.finishDate),
+                      QString::number(node.finishedPercentage, 'f', 0) + QLatin1Char('%'),
+                      predecessorRows(node)});
     }
     text += QLatin1Char('\n') + table.toText(terminalWidth());
     if (rows < plan.planNodes.size())
@@ -67,21 +65,10 @@ int runShow(const QStringList& arguments)
 {
     Arguments line(QStringLiteral("show"), QStringLiteral("Shows one plan and its tasks."),
                    QStringLiteral("PLAN"));
-    line.parser().addOption({QStringLiteral("rows"),
-                             QStringLiteral("Show at most this many tasks (all when left out)."),
-                             QStringLiteral("count")});
-    if (!line.read(arguments, 1))
-        return line.exitCode();
+    line.addOption("rows", "count", "Show at most this many tasks (all when left out).");
     int rows = std::numeric_limits<int>::max();
-    if (line.parser().isSet(QStringLiteral("rows"))) {
-        bool isNumber = false;
-        rows = line.parser().value(QStringLiteral("rows")).toInt(&isNumber);
-        if (!isNumber || rows < 0) {
-            complain(QStringLiteral("--rows takes a number of tasks, not \"%1\"")
-                         .arg(line.parser().value(QStringLiteral("rows"))));
-            return WrongUsage;
-        }
-    }
+    if (!line.read(arguments, 1) || !line.needService() || !line.readNumber("rows", 0, rows, rows))
+        return line.exitCode();
 
     const Session session;
     KvPlan plan;

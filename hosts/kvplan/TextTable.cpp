@@ -71,6 +71,11 @@ QString fitted(const QString& text, int width)
     return kept;
 }
 
+QString minuteText(const QDateTime& dateTime)
+{
+    return dateTime.toString(QStringLiteral("yyyy-MM-dd hh:mm"));
+}
+
 void TextTable::addColumn(const QString& title, Alignment alignment)
 {
     m_columns.append({title, alignment, cellWidth(title)});

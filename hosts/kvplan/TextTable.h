@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtCore/QDateTime>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtCore/QVector>
@@ -38,3 +39,6 @@ int cellWidth(const QString& text);
 
 /// @p text on one line and without control characters, shortened to @p width cells with "…" at its end.
 QString fitted(const QString& text, int width);
+
+/// A date-time for people, to the minute; empty when it is not set.
+QString minuteText(const QDateTime& dateTime);

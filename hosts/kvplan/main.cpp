@@ -1,5 +1,8 @@
+#include "ExchangeCommands.h"
+#include "PlanCommands.h"
 #include "Session.h"
 #include "ShowCommand.h"
+#include "TreeCommand.h"
 
 #include <QtCore/QCoreApplication>
 
@@ -13,13 +16,21 @@ struct Command
 };
 
 const Command commands[] = {
-    {"show", "one plan and its tasks", runShow},
+    {"plans", "the project's plans", runPlans},
+    {"show", "one plan and its tasks as a table", runShow},
+    {"tree", "one plan's tasks as a tree, with bars", runTree},
+    {"create", "make an empty plan", runCreate},
+    {"copy", "copy a plan with its tasks", runCopy},
+    {"rename", "give a plan another name", runRename},
+    {"delete", "delete a plan with its tasks", runDelete},
+    {"import", "make a plan from exchange JSON", runImport},
+    {"export", "write a plan as exchange JSON", runExport},
 };
 
 QString help()
 {
     QString text =
-        QStringLiteral("Usage: kvplan COMMAND [OPTIONS]\n\nReads schedule data from the schedule service.\n\n"
+        QStringLiteral("Usage: kvplan COMMAND [OPTIONS]\n\nWorks with the plans of the schedule service.\n\n"
                        "Commands:\n");
     for (const Command& command : commands)
         text += QStringLiteral("  %1  %2\n")
@@ -28,7 +39,8 @@ QString help()
     text += QStringLiteral(
         "\n\"kvplan COMMAND --help\" shows a command's options. KV_BASE_API, KV_PROJECT_ID,\n"
         "KV_ACCESS_TOKEN and KV_NETWORK_TIMEOUT_MS stand in for those left out.\n\n"
-        "Exit status: 0 done, 1 the service did not do it, 2 wrong usage, 3 output not written.\n");
+        "Exit status: 0 done, 1 the service did not do it, 2 wrong usage, 3 output not written,\n"
+        "4 the data are not good, 5 you did not agree.\n");
     return text;
 }
 
