@@ -58,9 +58,12 @@ void compare(const std::string& title, const std::string& benchmark, const std::
 
 int runBenchmarks(int argc, char* argv[])
 {
-    std::vector<std::string> words = {argv[0], "--benchmark_repetitions=9", "--benchmark_min_time=0.05",
+    std::vector<std::string> words = {argv[0],
+                                      "--benchmark_repetitions=9",
+                                      "--benchmark_min_time=0.05",
                                       "--benchmark_enable_random_interleaving=true",
-                                      "--benchmark_report_aggregates_only=true"};
+                                      "--benchmark_report_aggregates_only=true",
+                                      "--benchmark_color=false"};
     words.insert(words.end(), argv + 1, argv + argc);
     std::vector<char*> arguments;
     for (std::string& word : words)

@@ -49,7 +49,7 @@ int main(int argc, char* argv[])
 {
     QCoreApplication application(argc, argv);
     KvTest::ServiceProcess service;
-    planId = service.seed({QStringLiteral("--nodes"), QStringLiteral("8")})
+    planId = service.seed({QStringLiteral("--nodes"), QStringLiteral("1")})
                  .value(QLatin1String("planId"))
                  .toString();
     if (planId.isEmpty() || !service.start()) {
