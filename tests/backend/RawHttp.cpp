@@ -61,28 +61,50 @@ bool RawHttp::readHead()
     return true;
 }
 
+int RawHttp::lengthOfHead() const
+{
+    const int end = m_buffer.indexOf("\r\n\r\n");
+    return end < 0 ? 0 : end + 4;
+}
+
+int RawHttp::lengthOfBody() const
+{
+    static const QByteArray name = QByteArrayLiteral("\r\ncontent-length:");
+    const QByteArray head = m_buffer.left(lengthOfHead()).toLower();
+    const int at = head.indexOf(name);
+    return at < 0
+               ? 0
+               : head.mid(at + name.size(), head.indexOf('\r', at + 2) - at - name.size()).trimmed().toInt();
+}
+
+bool RawHttp::hasReply()
+{
+    m_buffer += m_socket.readAll();
+    return lengthOfHead() > 0 && m_buffer.size() >= lengthOfHead() + lengthOfBody();
+}
+
 RawReply RawHttp::read(bool withBody)
 {
     RawReply reply;
     if (!readHead()) {
         return reply;
     }
-    const int headEnd = m_buffer.indexOf("\r\n\r\n");
-    const QList<QByteArray> lines = m_buffer.left(headEnd).split('\n');
+    const int head = lengthOfHead();
+    const int body = withBody ? lengthOfBody() : 0;
+    while (m_buffer.size() < head + body) {
+        if (!fill()) {
+            return reply;
+        }
+    }
+    const QList<QByteArray> lines = m_buffer.left(head - 4).split('\n');
     for (int i = 1; i < lines.size(); ++i) {
         const int colon = lines.at(i).indexOf(':');
         reply.headers.insert(lines.at(i).left(colon).trimmed().toLower(),
                              lines.at(i).mid(colon + 1).trimmed());
     }
-    const int length = withBody ? reply.headers.value("content-length").toInt() : 0;
-    while (m_buffer.size() < headEnd + 4 + length) {
-        if (!fill()) {
-            return RawReply();
-        }
-    }
-    reply.body = m_buffer.mid(headEnd + 4, length);
     reply.status = lines.first().split(' ').value(1).toInt();
-    m_buffer.remove(0, headEnd + 4 + length);
+    reply.body = m_buffer.mid(head, body);
+    m_buffer.remove(0, head + body);
     return reply;
 }
 

@@ -27,6 +27,8 @@ public:
                      const QByteArray& body = QByteArray(), const QByteArray& extraHeaders = QByteArray());
     /// Reads the next reply; one that answers a HEAD has no body.
     RawReply read(bool withBody = true);
+    /// Takes what has come without waiting. @return true once the next reply is here whole.
+    bool hasReply();
     /// Reads up to the end of the next reply's headers and leaves the body in the connection.
     bool readHead();
     /// True once the other side has closed the connection.
@@ -36,6 +38,8 @@ public:
 
 private:
     bool fill();
+    int lengthOfHead() const;
+    int lengthOfBody() const;
 
     QTcpSocket m_socket;
     QByteArray m_buffer;

@@ -10,6 +10,7 @@
 #include <QTcpServer>
 #include <QtTest>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -194,6 +195,11 @@ private Q_SLOTS:
         }
         // Nobody reads, so the first replies fill the memory and the rest wait; more than there are workers.
         QCOMPARE(RawHttp(service.port()).get("/health").status, 200);
+        // Who got room first is not told, so all of them are read side by side.
+        QTRY_VERIFY_WITH_TIMEOUT(
+            std::all_of(clients.begin(), clients.end(),
+                        [](const std::unique_ptr<RawHttp>& client) { return client->hasReply(); }),
+            60000);
         for (const auto& client : clients) {
             const RawReply reply = client->read();
             QCOMPARE(reply.status, 200);
