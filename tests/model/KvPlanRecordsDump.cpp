@@ -209,7 +209,7 @@ QString difference(const QJsonObject& actual, const QJsonObject& expected)
         if (!object.contains(key))
             return QStringLiteral("nothing");
         const QByteArray json = QJsonDocument(QJsonArray{object.value(key)}).toJson(QJsonDocument::Compact);
-        return QString::fromUtf8(json.mid(1, json.size() - 2).left(400));
+        return QString::fromUtf8(json.mid(1, json.size() - 2).left(100));
     };
     QStringList keys = actual.keys();
     for (const QString& key : expected.keys()) {
