@@ -4,6 +4,7 @@
 #include "../store/OpenStore.h"
 #include "Commands.h"
 
+#include <csignal>
 #include <cstdlib>
 #ifdef __GLIBC__
 #include <malloc.h>
@@ -28,6 +29,9 @@ void addServeOptions(Options& options)
                 QStringLiteral("N"), QStringLiteral("4"));
     options.add(QStringLiteral("threads"), QStringLiteral("Threads that do HTTP."), QStringLiteral("N"),
                 QStringLiteral("2"));
+    options.add(QStringLiteral("connections"),
+                QStringLiteral("Clients connected at a time; further ones wait until one leaves."),
+                QStringLiteral("N"), QStringLiteral("800"));
     options.add(QStringLiteral("log"),
                 QStringLiteral("Append the access log to this file instead of stderr."),
                 QStringLiteral("FILE"));
@@ -46,7 +50,7 @@ void addServeOptions(Options& options)
 void returnLargeBlocks()
 {
 #ifdef __GLIBC__
-    mallopt(M_MMAP_THRESHOLD, 256 * 1024);
+    mallopt(M_MMAP_THRESHOLD, 128 * 1024);
 #endif
 }
 
@@ -70,11 +74,17 @@ int runServe(const QStringList& arguments)
     settings.address = options.text(QStringLiteral("listen"));
     settings.port = static_cast<quint16>(options.number(QStringLiteral("port"), 0, 65535));
     settings.threads = options.number(QStringLiteral("threads"), 1, 64);
+    settings.mostConnections =
+        static_cast<std::size_t>(options.number(QStringLiteral("connections"), 1, 60000));
     settings.largestBody = static_cast<std::size_t>(options.number(QStringLiteral("max-body"), 1, 1 << 30));
     settings.readTimeout = std::chrono::seconds(options.number(QStringLiteral("read-timeout"), 1, 3600));
     const int workerCount = options.number(QStringLiteral("workers"), 1, 64);
 
     returnLargeBlocks();
+#ifdef SIGPIPE
+    // Whoever reads the log may go away; that is no reason to end.
+    std::signal(SIGPIPE, SIG_IGN);
+#endif
     AccessLog log(options.text(QStringLiteral("log")));
     {
         const auto store =

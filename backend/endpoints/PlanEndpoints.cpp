@@ -4,16 +4,35 @@
 
 namespace PlanService {
 
+namespace {
+
+ApiError noSuchPlan(const QString& id)
+{
+    return {404, QStringLiteral("planNotFound"), QStringLiteral("there is no plan '%1'").arg(id),
+            QStringLiteral("planId")};
+}
+
+ApiError noSuchPlanNode(const QString& id)
+{
+    return {404, QStringLiteral("planNodeNotFound"), QStringLiteral("there is no plan node '%1'").arg(id),
+            QStringLiteral("planNodeId")};
+}
+
+} // namespace
+
 Reply getPlan(const Call& call)
 {
     const QString id = call.parameter("planId");
     const std::optional<Ownership> plan = call.store.planOwnership(id);
     if (!plan) {
-        throw ApiError(404, QStringLiteral("planNotFound"), QStringLiteral("there is no plan '%1'").arg(id),
-                       QStringLiteral("planId"));
+        throw noSuchPlan(id);
     }
     call.caller.requireRead(*plan);
-    return {200, call.store.planJson(id), {}, {}};
+    const JsonPieces json = call.store.planJson(id);
+    if (json.isEmpty()) {
+        throw noSuchPlan(id); // it went between the two looks
+    }
+    return {200, json, {}, {}};
 }
 
 Reply getPlanNode(const Call& call)
@@ -22,11 +41,14 @@ Reply getPlanNode(const Call& call)
     const bool expand = call.queryFlag("expand");
     const std::optional<Ownership> node = call.store.planNodeOwnership(id);
     if (!node) {
-        throw ApiError(404, QStringLiteral("planNodeNotFound"),
-                       QStringLiteral("there is no plan node '%1'").arg(id), QStringLiteral("planNodeId"));
+        throw noSuchPlanNode(id);
     }
     call.caller.requireRead(*node);
-    return {200, call.store.planNodeJson(id, expand), {}, {}};
+    const JsonPieces json = call.store.planNodeJson(id, expand);
+    if (json.isEmpty()) {
+        throw noSuchPlanNode(id); // it went between the two looks
+    }
+    return {200, json, {}, {}};
 }
 
 } // namespace PlanService

@@ -20,6 +20,7 @@ struct ServerTraits
     : restinio::traits_t<restinio::asio_timer_manager_t, ParserLog, restinio::default_request_handler_t,
                          restinio::default_strand_t, ServiceSocket>
 {
+    static constexpr bool use_connection_count_limiter = true;
 };
 
 /// One piece of a reply's body, shared with whoever else holds it.
@@ -158,6 +159,7 @@ private:
             .protocol(address.is_v6() ? asio::ip::tcp::v6() : asio::ip::tcp::v4())
             .port(m_settings.port)
             .logger(m_log)
+            .max_parallel_connections(m_settings.mostConnections)
             .read_next_http_message_timelimit(m_settings.readTimeout)
             .handle_request_timeout(m_settings.replyTimeout)
             .write_http_response_timelimit(m_settings.replyTimeout)

@@ -5,6 +5,15 @@
 
 namespace PlanService {
 
+namespace {
+
+ApiError busy(const QString& message)
+{
+    return ApiError(503, QStringLiteral("busy"), message).withHeader("Retry-After", "1");
+}
+
+} // namespace
+
 Service::Service(const Router& router, WorkerPool& workers, AccessLog& log, qint64 replyMemory)
     : m_router(router)
     , m_workers(workers)
@@ -28,9 +37,8 @@ void Service::handle(Request&& request, Respond&& respond)
 void Service::enqueue(const std::shared_ptr<Pending>& pending)
 {
     if (!m_workers.add([this, pending](Store& store) { run(pending, store); })) {
-        ApiError busy(503, QStringLiteral("busy"),
-                      QStringLiteral("too many requests are waiting; try again in a moment"));
-        pending->respond(busy.withHeader("Retry-After", "1").reply());
+        pending->respond(
+            busy(QStringLiteral("too many requests are waiting; try again in a moment")).reply());
     }
 }
 
@@ -56,6 +64,10 @@ Reply Service::answer(const Request& request, const RouteMatch& match, Store& st
         return match.route->endpoint({request, match.parameters, match.query, store, caller});
     } catch (const ApiError& error) {
         return error.reply();
+    } catch (const StoreBusy& error) {
+        m_log.error(error.message());
+        return busy(QStringLiteral("the database is taken up by another program; try again in a moment"))
+            .reply();
     } catch (const std::exception& error) {
         // The cause may hold paths and SQL: it is for the operator, not for the client.
         m_log.error(QString::fromUtf8(error.what()));

@@ -3,7 +3,6 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QSqlError>
 #include <QtEndian>
 
 #include <atomic>
@@ -26,7 +25,7 @@ SqliteDatabase::SqliteDatabase(const QString& path)
     , m_database(QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connectionName))
 {
     m_database.setDatabaseName(path);
-    m_database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=10000"));
+    m_database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
     if (!m_database.open()) {
         const QString reason = m_database.lastError().text();
         m_database = QSqlDatabase();
@@ -49,7 +48,7 @@ void SqliteDatabase::execute(const QString& sql)
 {
     QSqlQuery query(m_database);
     if (!query.exec(sql)) {
-        fail(query.lastError().text());
+        fail(query.lastError());
     }
 }
 
@@ -60,7 +59,7 @@ QSqlQuery& SqliteDatabase::run(const QString& sql, const QVariantList& parameter
         auto fresh = std::make_shared<QSqlQuery>(m_database);
         fresh->setForwardOnly(true);
         if (!fresh->prepare(sql)) {
-            fail(fresh->lastError().text());
+            fail(fresh->lastError());
         }
         statement = std::move(fresh);
     }
@@ -68,9 +67,9 @@ QSqlQuery& SqliteDatabase::run(const QString& sql, const QVariantList& parameter
         statement->bindValue(i, parameters.at(i));
     }
     if (!statement->exec()) {
-        const QString reason = statement->lastError().text();
+        const QSqlError error = statement->lastError();
         statement->finish();
-        fail(reason);
+        fail(error);
     }
     return *statement;
 }
@@ -109,9 +108,14 @@ void SqliteDatabase::rollback() noexcept
     QSqlQuery(m_database).exec(QStringLiteral("ROLLBACK"));
 }
 
-void SqliteDatabase::fail(const QString& text) const
+void SqliteDatabase::fail(const QSqlError& error) const
 {
-    throw StoreError(QStringLiteral("database '%1': %2").arg(m_path, text.simplified()));
+    const QString message = QStringLiteral("database '%1': %2").arg(m_path, error.text().simplified());
+    // The low byte is SQLite's primary code, 5 is SQLITE_BUSY.
+    if ((error.nativeErrorCode().toInt() & 0xFF) == 5) {
+        throw StoreBusy(message);
+    }
+    throw StoreError(message);
 }
 
 DatabaseFile inspectDatabaseFile(const QString& path)

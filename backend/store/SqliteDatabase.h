@@ -4,6 +4,7 @@
 
 #include <QHash>
 #include <QSqlDatabase>
+#include <QSqlError>
 #include <QSqlQuery>
 #include <QVariant>
 
@@ -38,7 +39,7 @@ public:
     const QString& path() const { return m_path; }
 
 private:
-    [[noreturn]] void fail(const QString& text) const;
+    [[noreturn]] void fail(const QSqlError& error) const;
 
     QString m_path;
     QString m_connectionName;

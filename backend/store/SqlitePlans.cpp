@@ -11,8 +11,9 @@ namespace PlanService {
 
 namespace {
 
-// Nodes a piece: large enough that the statement's start does not count, small enough for one allocation.
-constexpr int nodesPerPiece = 1000;
+// Nodes a piece: enough that a statement's start does not count, and few enough that a slow client takes the
+// pieces of one step of sending, some 64, within the time that a step may last.
+constexpr int nodesPerPiece = 250;
 
 QString sql(const char* text)
 {

@@ -19,6 +19,13 @@ public:
     using Failure::Failure;
 };
 
+/// Another process holds the database for longer than one waits; the same call may succeed later.
+class StoreBusy : public StoreError
+{
+public:
+    using StoreError::StoreError;
+};
+
 /// A plan without its nodes.
 struct PlanRecord
 {

@@ -79,6 +79,7 @@ int RawHttp::lengthOfBody() const
 
 bool RawHttp::hasReply()
 {
+    m_socket.waitForReadyRead(0);
     m_buffer += m_socket.readAll();
     return lengthOfHead() > 0 && m_buffer.size() >= lengthOfHead() + lengthOfBody();
 }

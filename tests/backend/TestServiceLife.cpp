@@ -3,6 +3,7 @@
 #include "RawHttp.h"
 #include "ServiceProcess.h"
 #include "Text.h"
+#include "store/SqliteDatabase.h"
 
 #include <QDir>
 #include <QJsonDocument>
@@ -205,6 +206,41 @@ private Q_SLOTS:
             QCOMPARE(reply.status, 200);
             QVERIFY(reply.body.endsWith("}]}"));
         }
+        QVERIFY2(service.stop(), qPrintable(service.failure()));
+    }
+
+    void furtherClientsWaitForAConnection()
+    {
+        ServiceProcess service;
+        QVERIFY(!service.seed({"--floors"_s, "1"_s}).isEmpty());
+        QVERIFY2(service.start({"--connections"_s, "2"_s}), qPrintable(service.failure()));
+        RawHttp first(service.port());
+        auto second = std::make_unique<RawHttp>(service.port());
+        QCOMPARE(first.get("/health").status, 200);
+        QCOMPARE(second->get("/health").status, 200);
+        RawHttp third(service.port());
+        third.send(RawHttp::getText("/health"));
+        QCOMPARE(first.get("/health").status, 200);
+        QVERIFY(!third.hasReply());
+        second.reset();
+        QCOMPARE(third.read().status, 200);
+        QVERIFY2(service.stop(), qPrintable(service.failure()));
+    }
+
+    void saysWhenTheDatabaseIsTaken()
+    {
+        ServiceProcess service;
+        const QByteArray plan = service.seed({"--floors"_s, "1"_s}).value("planId"_s).toString().toLatin1();
+        QVERIFY2(service.start(), qPrintable(service.failure()));
+        PlanService::SqliteDatabase other(service.databaseFile());
+        other.beginImmediate();
+        RawHttp http(service.port());
+        const RawReply reply = http.request("PUT", "/user-service/settings/k", "{\"value\":1}");
+        QCOMPARE(reply.status, 503);
+        QVERIFY(reply.headers.contains("retry-after"));
+        QCOMPARE(http.get("/task-service/plans/" + plan).status, 200); // readers need no lock
+        other.rollback();
+        QCOMPARE(http.request("PUT", "/user-service/settings/k", "{\"value\":1}").status, 200);
         QVERIFY2(service.stop(), qPrintable(service.failure()));
     }
 
