@@ -34,8 +34,10 @@ QString buildPlanQuery(const KvPlanCondition& condition)
 
 QJsonObject makeDateRangeFilter(const KvPlanCondition& condition)
 {
+    // A day added to no date would make one in the year -4714 of it.
+    const QDateTime end = condition.endDate.isValid() ? condition.endDate.addDays(1) : condition.endDate;
     return {{QLatin1String("$gte"), KvPub::getQStringByDateTime(condition.startDate)},
-            {QLatin1String("$lt"), KvPub::getQStringByDateTime(condition.endDate.addDays(1))}};
+            {QLatin1String("$lt"), KvPub::getQStringByDateTime(end)}};
 }
 
 QJsonObject makeNameRegexFilter(const KvPlanCondition& condition)

@@ -15,6 +15,7 @@ namespace Kv {
 QString buildPlanQuery(const KvPlanCondition& condition);
 
 /// From the start of the first day to the end of the last, whose day is taken whole: {"$gte": …, "$lt": …}.
+/// A date that is not set or not valid stands there as "".
 QJsonObject makeDateRangeFilter(const KvPlanCondition& condition);
 
 /// A case-insensitive pattern, used as it stands: {"$regex": name, "$options": "i"}.
