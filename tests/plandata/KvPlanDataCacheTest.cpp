@@ -26,6 +26,9 @@ static_assert(!std::is_default_constructible_v<KvPlanData>);
 static_assert(!std::is_destructible_v<KvPlanData>);
 static_assert(std::is_copy_assignable_v<KvPlanData>);
 static_assert(!std::is_polymorphic_v<KvPlanData>);
+// Four maps and five flags, and nothing else.
+static_assert(sizeof(KvPlanData) ==
+              (4 * sizeof(QMap<QString, KvPlan>) + 5 + alignof(void*) - 1) / alignof(void*) * alignof(void*));
 static_assert(std::is_same_v<decltype(&KvPlanData::instance), KvPlanData* (*)()>);
 static_assert(std::is_same_v<decltype(&KvPlanData::clear), void (KvPlanData::*)()>);
 static_assert(
