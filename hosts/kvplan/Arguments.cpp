@@ -1,5 +1,6 @@
 #include "Arguments.h"
 
+#include "Output.h"
 #include "Session.h"
 
 #include <KvNetwork/KvBaseApi.h>
@@ -9,13 +10,85 @@
 #include <QtCore/QFile>
 #include <QtCore/QUrl>
 
+#include <algorithm>
 #include <limits>
+
+namespace {
+
+constexpr int longestToken = 16 * 1024;
+
+bool isToken(const QByteArray& text)
+{
+    return std::all_of(text.begin(), text.end(), [](char c) { return c > ' ' && c < '\x7f'; });
+}
+
+// Whether the service will be asked for this plan and nothing else: these characters end or change the path,
+// so that to delete "a?b" would be to delete "a".
+bool isIdentifier(const QString& id)
+{
+    const auto isHexDigit = [](QChar c) {
+        const char digit = c.toLower().toLatin1();
+        return (digit >= '0' && digit <= '9') || (digit >= 'a' && digit <= 'f');
+    };
+    for (int i = id.indexOf(QLatin1Char('%')); i >= 0 && i + 2 < id.size();
+         i = id.indexOf(QLatin1Char('%'), i + 1)) {
+        if (isHexDigit(id.at(i + 1)) && isHexDigit(id.at(i + 2)))
+            return false;
+    }
+    return !id.contains(QLatin1Char('/')) && !id.contains(QLatin1Char('?')) && id != QLatin1String(".") &&
+           id != QLatin1String("..");
+}
+
+QString meaningOf(const QString& positional)
+{
+    if (positional == QLatin1String("PLAN"))
+        return QStringLiteral("Identifier of the plan; \"kvplan plans\" lists them.");
+    if (positional == QLatin1String("NAME"))
+        return QStringLiteral("Name of the plan.");
+    return QStringLiteral("File in exchange JSON.");
+}
+
+} // namespace
 
 Arguments::Arguments(const QString& command, const QString& summary, const QString& usage)
     : m_command(command)
     , m_usage(usage.split(QLatin1Char(' '), Qt::SkipEmptyParts))
 {
     m_parser.setApplicationDescription(summary);
+    for (const QString& name : qAsConst(m_usage))
+        m_parser.addPositionalArgument(name, meaningOf(name));
+}
+
+bool Arguments::read(const QStringList& arguments, int positionalCount)
+{
+    addSharedOptions();
+    if (!m_parser.parse(QStringList(QStringLiteral("kvplan %1").arg(m_command)) + arguments))
+        return refuse(parserFault());
+    if (isSet("help")) {
+        // The parser knows the program's path only; people type its name and the command.
+        QString help = m_parser.helpText();
+        const int begin = help.indexOf(QLatin1Char(' ')) + 1;
+        help.replace(begin, help.indexOf(QLatin1String("[options]")) - begin,
+                     QStringLiteral("kvplan %1 ").arg(m_command));
+        m_exitCode = say(help);
+        return false;
+    }
+    const QStringList positional = m_parser.positionalArguments();
+    if (positional.size() > positionalCount)
+        return refuse(QStringLiteral("unexpected argument \"%1\"").arg(positional.at(positionalCount)));
+    for (int i = 0; i < positionalCount; ++i) {
+        if (positional.value(i).isEmpty())
+            return refuse(QStringLiteral("%1 is %2")
+                              .arg(m_usage.value(i), i < positional.size() ? QStringLiteral("empty")
+                                                                           : QStringLiteral("missing")));
+        if (m_usage.value(i) == QLatin1String("PLAN") && !isIdentifier(positional.at(i)))
+            return refuse(QStringLiteral("\"%1\" is no plan identifier").arg(positional.at(i)));
+    }
+    return configure();
+}
+
+void Arguments::addSharedOptions()
+{
     m_parser.addOptions({
         {QStringLiteral("server"), QStringLiteral("Address of the service [KV_BASE_API]."),
          QStringLiteral("url")},
@@ -27,30 +100,17 @@ Arguments::Arguments(const QString& command, const QString& summary, const QStri
         {QStringLiteral("timeout"),
          QStringLiteral("Longest wait for the service's next sign of life [KV_NETWORK_TIMEOUT_MS]."),
          QStringLiteral("ms")},
-        {QStringLiteral("json"), QStringLiteral("Write JSON for programs instead of text for people.")},
         {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help.")},
     });
-    for (const QString& name : qAsConst(m_usage))
-        m_parser.addPositionalArgument(name, QString());
 }
 
-bool Arguments::read(const QStringList& arguments, int positionalCount)
+// The parser's sentence as the beginning of ours.
+QString Arguments::parserFault() const
 {
-    if (!m_parser.parse(QStringList(QStringLiteral("kvplan %1").arg(m_command)) + arguments))
-        return refuse(m_parser.errorText());
-    if (isSet("help")) {
-        QString help = m_parser.helpText();
-        // The parser shows the program's own name only; people type the command behind it.
-        help.replace(help.indexOf(QLatin1String("[options]")), 0, m_command + QLatin1Char(' '));
-        m_exitCode = say(help) ? Success : OutputFailed;
-        return false;
-    }
-    const QStringList positional = m_parser.positionalArguments();
-    if (positional.size() < positionalCount)
-        return refuse(QStringLiteral("%1 is missing").arg(m_usage.value(positional.size())));
-    if (positional.size() > positionalCount)
-        return refuse(QStringLiteral("unexpected argument \"%1\"").arg(positional.at(positionalCount)));
-    return configure();
+    QString fault = m_parser.errorText();
+    if (fault.endsWith(QLatin1Char('.')))
+        fault.chop(1);
+    return fault.left(1).toLower() + fault.mid(1);
 }
 
 void Arguments::addOption(const char* name, const char* valueName, const char* description)
@@ -59,20 +119,38 @@ void Arguments::addOption(const char* name, const char* valueName, const char* d
         {QString::fromUtf8(name), QString::fromUtf8(description), QString::fromUtf8(valueName)});
 }
 
+void Arguments::addJsonOption()
+{
+    addOption("json", nullptr, "Write JSON for programs instead of text for people.");
+}
+
 bool Arguments::readNumber(const char* option, int lowest, int highest, int& number)
+{
+    return !isSet(option) ||
+           readNumber(QStringLiteral("--") + QLatin1String(option), value(option), lowest, highest, number);
+}
+
+bool Arguments::readNumber(const QString& source, const QString& text, int lowest, int highest, int& number)
+{
+    bool isNumber = false;
+    const int read = text.toInt(&isNumber);
+    if (!isNumber || read < lowest || read > highest)
+        return refuse(QStringLiteral("%1 takes a whole number from %2 to %3, not \"%4\"")
+                          .arg(source)
+                          .arg(lowest)
+                          .arg(highest)
+                          .arg(text));
+    number = read;
+    return true;
+}
+
+bool Arguments::readDay(const char* option, QDate& day)
 {
     if (!isSet(option))
         return true;
-    bool isNumber = false;
-    const int read = value(option).toInt(&isNumber);
-    if (!isNumber || read < lowest || read > highest)
-        return refuse(QStringLiteral("--%1 takes a whole number from %2 to %3, not \"%4\"")
-                          .arg(QLatin1String(option))
-                          .arg(lowest)
-                          .arg(highest)
-                          .arg(value(option)));
-    number = read;
-    return true;
+    day = QDate::fromString(value(option), QStringLiteral("yyyy-MM-dd"));
+    return day.isValid() || refuse(QStringLiteral("--%1 takes a day as in 2026-03-05, not \"%2\"")
+                                       .arg(QLatin1String(option), value(option)));
 }
 
 bool Arguments::needService()
@@ -81,10 +159,10 @@ bool Arguments::needService()
     if (base.isEmpty())
         return refuse(QStringLiteral("no server: give --server or set KV_BASE_API"));
     const QUrl address(base);
-    if (!address.isValid() || address.host().isEmpty() ||
+    if (!address.isValid() || address.host().isEmpty() || address.hasQuery() || address.hasFragment() ||
         (address.scheme() != QLatin1String("http") && address.scheme() != QLatin1String("https")))
-        return refuse(
-            QStringLiteral("\"%1\" is no server address; one looks like http://127.0.0.1:8080/").arg(base));
+        return refuse(QStringLiteral("\"%1\" is no server address; one looks like http://127.0.0.1:8080/")
+                          .arg(withoutSecrets(base)));
     return true;
 }
 
@@ -107,26 +185,40 @@ bool Arguments::configure()
         KvBaseApi::GetInstance().setBaseApi(value("server"));
     if (isSet("project"))
         GetSoftCache()->setCurrentProjectId(value("project"));
+    return configureTimeout() && configureToken();
+}
+
+bool Arguments::configureTimeout()
+{
+    const QString name = QStringLiteral("KV_NETWORK_TIMEOUT_MS");
+    const QString environment = qEnvironmentVariable("KV_NETWORK_TIMEOUT_MS").trimmed();
+    const int longest = std::numeric_limits<int>::max();
     int milliseconds = 0;
-    if (!readNumber("timeout", 1, std::numeric_limits<int>::max(), milliseconds))
+    if (isSet("timeout") ? !readNumber("timeout", 1, longest, milliseconds)
+                         : !environment.isEmpty() && !readNumber(name, environment, 1, longest, milliseconds))
         return false;
     if (milliseconds > 0)
         NetworkManager::instance().setTimeout(milliseconds);
-    return configureToken();
+    return true;
 }
 
 // A token never stands on the command line, where every user of the machine could read it.
 bool Arguments::configureToken()
 {
     if (!isSet("token-file"))
-        return true;
+        return isToken(qgetenv("KV_ACCESS_TOKEN").trimmed()) ||
+               refuse(QStringLiteral("KV_ACCESS_TOKEN has characters that no token has"));
     QFile file(value("token-file"));
     if (!file.open(QIODevice::ReadOnly))
         return refuse(
             QStringLiteral("cannot read the token file \"%1\": %2").arg(file.fileName(), file.errorString()));
-    const QString token = QString::fromUtf8(file.readLine(4096)).trimmed();
+    const QByteArray token = file.readLine(longestToken).trimmed();
     if (token.isEmpty())
         return refuse(QStringLiteral("the token file \"%1\" has an empty first line").arg(file.fileName()));
-    NetworkManager::instance().setAccessToken(token);
+    if (!isToken(token))
+        return refuse(
+            QStringLiteral("the first line of the token file \"%1\" has characters that no token has")
+                .arg(file.fileName()));
+    NetworkManager::instance().setAccessToken(QString::fromLatin1(token));
     return true;
 }

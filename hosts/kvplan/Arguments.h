@@ -1,10 +1,11 @@
 #pragma once
 
 #include <QtCore/QCommandLineParser>
+#include <QtCore/QDate>
 #include <QtCore/QStringList>
 
 /// The command line of one subcommand, with the options that all of them share: server, project, access
-/// token, time-out and JSON output. What an option leaves open, the environment decides.
+/// token and time-out. What an option leaves open, the environment decides.
 class Arguments
 {
 public:
@@ -14,13 +15,24 @@ public:
     /// An option of this command alone; @p valueName null: one without a value.
     void addOption(const char* name, const char* valueName, const char* description);
 
-    /// Reads @p arguments (without program and command) and configures the platform libraries.
+    /// The option --json, for commands that have something to tell to programs.
+    void addJsonOption();
+
+    /// Reads @p arguments (without program and command) and configures the platform libraries. No positional
+    /// argument may be empty; one named "PLAN" must be an identifier that can be asked for.
     /// @return false when the command is to end now, with exitCode().
     bool read(const QStringList& arguments, int positionalCount);
 
     /// Reads an option's value as a number from @p lowest to @p highest; @p number stays when it is left out.
     /// @return false when it is something else; the command is then to end with exitCode().
     bool readNumber(const char* option, int lowest, int highest, int& number);
+
+    /// Reads an option's value as a day; @p day stays when it is left out.
+    /// @return false when it is something else; the command is then to end with exitCode().
+    bool readDay(const char* option, QDate& day);
+
+    /// Complains that @p message, for what the options say together, and sets exitCode(). @return false.
+    bool refuse(const QString& message);
 
     /// @return false when neither option nor environment gives a usable address of the service; the command
     /// is then to end.
@@ -33,11 +45,14 @@ public:
     QString value(const char* option) const { return m_parser.value(QLatin1String(option)); }
     int exitCode() const { return m_exitCode; }
     QString positional(int index) const { return m_parser.positionalArguments().at(index); }
-    bool wantsJson() const { return isSet("json"); }
+    bool wantsJson() const { return isSet("json"); } ///< needs addJsonOption()
 
 private:
-    bool refuse(const QString& message);
+    bool readNumber(const QString& source, const QString& text, int lowest, int highest, int& number);
+    void addSharedOptions();
+    QString parserFault() const;
     bool configure();
+    bool configureTimeout();
     bool configureToken();
 
     QString m_command;

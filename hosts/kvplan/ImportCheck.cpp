@@ -1,20 +1,27 @@
 #include "ImportCheck.h"
 
+#include "CellText.h"
 #include "Progress.h"
-#include "TextTable.h"
 
 #include <model/KvPlanDataUtils.h>
 
 #include <QtCore/QHash>
+#include <QtCore/QIODevice>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace {
 
 constexpr int shownOfAKind = 5;
-constexpr int largestFile = 1 << 30; // bytes; Qt's JSON reader takes no more
+constexpr qint64 largestFile = 1 << 30; // bytes; a byte array holds hardly more
 
-// Problems of one kind: the first few as lines, the others as a number.
+// Problems of one kind: the first few as lines, the others as a number. They join the rest when the object
+// goes.
 class Kind
 {
 public:
@@ -25,6 +32,7 @@ public:
 
     ~Kind()
     {
+        m_problems += m_first;
         if (m_count > shownOfAKind)
             m_problems.append(QStringLiteral("… and %1 more of this kind").arg(m_count - shownOfAKind));
     }
@@ -36,11 +44,12 @@ public:
     void add(Describe describe)
     {
         if (m_count++ < shownOfAKind)
-            m_problems.append(describe());
+            m_first.append(describe());
     }
 
 private:
     QStringList& m_problems;
+    QStringList m_first;
     int m_count = 0;
 };
 
@@ -49,52 +58,97 @@ QString named(const KvPlanNode& task)
     return QStringLiteral("task %1 \"%2\"").arg(task.uniqueId).arg(fitted(task.name, 60));
 }
 
+bool readFile(QIODevice& file, QByteArray& content, QStringList& problems)
+{
+    Progress progress(QStringLiteral("reading the file"));
+    const qint64 size = file.size(); // 0 for a pipe
+    QByteArray piece;
+    do {
+        if (qMax(size, qint64(content.size())) > largestFile) {
+            problems.append(
+                QStringLiteral("the file has more than %1 bytes, too many for one plan").arg(largestFile));
+            return false;
+        }
+        piece = file.read(1 << 20);
+        content += piece;
+        progress.show(content.size(), size);
+    } while (!piece.isEmpty());
+    if (!file.atEnd()) {
+        problems.append(QStringLiteral("it could not be read to its end: %1").arg(file.errorString()));
+        return false;
+    }
+    return true;
+}
+
+// The reader mostly stops behind the character that it could not use.
+int faultOffset(const QJsonParseError& error, int size)
+{
+    switch (error.error) {
+    case QJsonParseError::GarbageAtEnd:
+    case QJsonParseError::IllegalEscapeSequence:
+    case QJsonParseError::IllegalUTF8String:
+    case QJsonParseError::TerminationByNumber:
+        return error.offset;
+    case QJsonParseError::IllegalValue:
+        return error.offset - 1;
+    default:
+        return error.offset < size ? error.offset - 1 : size; // more was expected there
+    }
+}
+
 // Line and column, both from 1, of a byte; columns count characters.
 QString placeOf(int offset, const QByteArray& file)
 {
-    const QByteArray before = file.left(offset);
-    const int lineStart = before.lastIndexOf('\n') + 1;
+    const auto begin = file.begin();
+    const auto place = begin + qBound(0, offset, file.size());
+    const auto lineStart =
+        std::find(std::make_reverse_iterator(place), std::make_reverse_iterator(begin), '\n').base();
+    const auto beginsCharacter = [](char byte) {
+        return (uchar(byte) & 0xc0) != 0x80;
+    };
     return QStringLiteral("line %1, column %2")
-        .arg(before.count('\n') + 1)
-        .arg(QString::fromUtf8(before.mid(lineStart)).size() + 1);
+        .arg(std::count(begin, place, '\n') + 1)
+        .arg(std::count_if(lineStart, place, beginsCharacter) + 1);
 }
 
-bool readTasks(const QByteArray& file, ImportFindings& findings)
+bool parse(const QByteArray& content, QJsonObject& schedule, QStringList& problems)
 {
-    if (file.trimmed().isEmpty()) {
-        findings.problems.append(QStringLiteral("the file is empty"));
-        return false;
-    }
-    if (file.size() > largestFile) {
-        findings.problems.append(QStringLiteral("the file has %1 bytes, more than the %2 that can be read")
-                                     .arg(file.size())
-                                     .arg(largestFile));
+    const Progress progress(QStringLiteral("reading JSON"));
+    if (content.trimmed().isEmpty()) {
+        problems.append(QStringLiteral("the file is empty"));
         return false;
     }
     QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(file, &error);
+    const QJsonDocument document = QJsonDocument::fromJson(content, &error);
     if (error.error != QJsonParseError::NoError) {
-        findings.problems.append(
-            QStringLiteral("%1: %2").arg(placeOf(error.offset, file), error.errorString()));
+        problems.append(QStringLiteral("no valid JSON at %1: %2")
+                            .arg(placeOf(faultOffset(error, content.size()), content), error.errorString()));
         return false;
     }
-    const QJsonValue tasks = document.object().value(QLatin1String("AllTasks"));
-    if (!tasks.isArray()) {
-        findings.problems.append(
-            QStringLiteral("there is no list \"AllTasks\" in it; is this a schedule file?"));
+    schedule = document.object();
+    if (!document.isObject() || !schedule.value(QLatin1String("AllTasks")).isArray()) {
+        problems.append(QStringLiteral("there is no list \"AllTasks\" in it; is this a schedule file?"));
         return false;
     }
-    const QJsonArray array = tasks.toArray();
-    Kind misplaced(findings.problems);
-    int index = 0;
-    for (const QJsonValue& task : array) {
-        ++index;
-        if (!task.isObject())
-            misplaced.add(
-                [&] { return QStringLiteral("entry %1 of \"AllTasks\" is no task object").arg(index); });
-    }
-    KvPlanDataUtils::jsonObjectToPlanMPXJ(document.object(), findings.plan);
     return true;
+}
+
+// Entries that are no objects are told, and left out of the further checks.
+void readTasks(const QJsonObject& schedule, ImportFindings& findings)
+{
+    KvPlanDataUtils::jsonObjectToPlanMPXJ(schedule, findings.plan);
+    const QJsonArray entries = schedule.value(QLatin1String("AllTasks")).toArray();
+    QList<KvPlanNode>& tasks = findings.plan.planNodes;
+    Kind misplaced(findings.problems);
+    int kept = 0;
+    for (int i = 0; i < tasks.size(); ++i) {
+        if (!entries.at(i).isObject())
+            misplaced.add(
+                [&] { return QStringLiteral("entry %1 of \"AllTasks\" is no task object").arg(i + 1); });
+        else if (kept++ != i)
+            tasks[kept - 1] = std::move(tasks[i]);
+    }
+    tasks.erase(tasks.begin() + kept, tasks.end());
 }
 
 void checkNumbers(const QHash<int, int>& rowByNumber, ImportFindings& findings)
@@ -112,10 +166,11 @@ void checkNumbers(const QHash<int, int>& rowByNumber, ImportFindings& findings)
     }
 }
 
-void checkReferences(const QHash<int, int>& rowByNumber, ImportFindings& findings, Progress& progress)
+void checkReferences(const QHash<int, int>& rowByNumber, ImportFindings& findings)
 {
-    Kind orphaned(findings.problems);
+    Progress progress(QStringLiteral("checking tasks"));
     Kind loose(findings.problems);
+    Kind orphaned(findings.problems); // goes first, and stands first then
     const QList<KvPlanNode>& tasks = findings.plan.planNodes;
     for (int i = 0; i < tasks.size(); ++i) {
         const KvPlanNode& task = tasks.at(i);
@@ -136,7 +191,7 @@ void checkReferences(const QHash<int, int>& rowByNumber, ImportFindings& finding
                 });
             }
         }
-        progress.show(QStringLiteral("checking tasks"), i, tasks.size());
+        progress.show(i, tasks.size());
     }
 }
 
@@ -149,9 +204,8 @@ void checkCycles(ImportFindings& findings)
             QStringList numbers;
             for (int i = 0; i < qMin(cycle.size(), 10); ++i)
                 numbers.append(QString::number(findings.plan.planNodes.at(cycle.at(i)).uniqueId));
-            if (cycle.size() > numbers.size())
-                numbers.append(QStringLiteral("…"));
-            return QStringLiteral("parents in a circle: tasks %1")
+            numbers.append(cycle.size() > numbers.size() ? QStringLiteral("…") : numbers.first());
+            return QStringLiteral("parents in a circle: task %1")
                 .arg(numbers.join(QStringLiteral(" under ")));
         });
     }
@@ -159,17 +213,19 @@ void checkCycles(ImportFindings& findings)
 
 } // namespace
 
-ImportFindings checkImport(const QByteArray& file, Progress& progress)
+ImportFindings checkImport(QIODevice& file)
 {
     ImportFindings findings;
-    progress.show(QStringLiteral("reading the file"));
-    if (!readTasks(file, findings))
+    QJsonObject schedule;
+    QByteArray content;
+    if (!readFile(file, content, findings.problems) || !parse(content, schedule, findings.problems))
         return findings;
+    readTasks(schedule, findings);
     QHash<int, int> rowByNumber; // the first task of each unique id
     for (int i = findings.plan.planNodes.size() - 1; i >= 0; --i)
         rowByNumber.insert(findings.plan.planNodes.at(i).uniqueId, i);
     checkNumbers(rowByNumber, findings);
-    checkReferences(rowByNumber, findings, progress);
+    checkReferences(rowByNumber, findings);
     checkCycles(findings);
     return findings;
 }

@@ -1,6 +1,10 @@
 #include "PlanCommands.h"
 
 #include "Arguments.h"
+#include "CellText.h"
+#include "Output.h"
+#include "PlanLine.h"
+#include "Progress.h"
 #include "RecordJson.h"
 #include "Session.h"
 #include "TextTable.h"
@@ -11,87 +15,102 @@
 #include <QtCore/QJsonDocument>
 
 #include <cstdio>
-#include <optional>
+
+#ifdef Q_OS_UNIX
+#include <unistd.h>
+#endif
 
 namespace {
 
-bool sayPlans(const QList<KvPlan>& plans, bool asJson)
+bool answersComeFromTerminal()
 {
-    if (asJson) {
-        QJsonArray array;
-        for (const KvPlan& plan : plans)
-            array.append(planToJson(plan));
-        return say(QJsonDocument(array).toJson(QJsonDocument::Indented));
-    }
+#ifdef Q_OS_UNIX
+    return isatty(STDIN_FILENO);
+#else
+    return true;
+#endif
+}
+
+QString plansText(const QList<KvPlan>& plans)
+{
     TextTable table;
     table.addColumn(QStringLiteral("Plan"));
-    table.addColumn(QStringLiteral("Name"));
-    table.addColumn(QStringLiteral("Category"));
+    table.addTextColumn(QStringLiteral("Name"));
+    table.addTextColumn(QStringLiteral("Category"));
     table.addColumn(QStringLiteral("Changed"));
-    table.addColumn(QStringLiteral("By"));
+    table.addTextColumn(QStringLiteral("By"));
     for (const KvPlan& plan : plans)
         table.addRow({plan.id, plan.name, plan.category, minuteText(plan.updatedAt), plan.updatedBy});
-    return say(table.toText(terminalWidth()));
+    return table.toText(terminalWidth());
 }
 
-int sayPlan(const KvPlan& plan, bool asJson)
+QByteArray plansJson(const QList<KvPlan>& plans)
 {
-    const bool written = asJson ? say(QJsonDocument(planToJson(plan)).toJson(QJsonDocument::Indented))
-                                : say(QStringLiteral("%1  %2\n").arg(plan.id, fitted(plan.name, 0)));
-    return written ? Success : OutputFailed;
+    QJsonArray array;
+    for (const KvPlan& plan : plans)
+        array.append(planToJson(plan));
+    return QJsonDocument(array).toJson();
 }
 
-// The filter as the options say it; nothing when one of them cannot be read.
-std::optional<KvPlanCondition> readCondition(Arguments& line)
+// The filter as the options say it. @return false when one of them cannot be read.
+bool readCondition(Arguments& line, KvPlanCondition& condition)
 {
-    KvPlanCondition condition;
+    QDate from(1970, 1, 1);
+    QDate to(9999, 12, 30); // the day after it is the last that the date text can hold
+    if (!line.readDay("from", from) || !line.readDay("to", to))
+        return false;
+    if (to < from)
+        return line.refuse(QStringLiteral("--to %1 is before --from %2")
+                               .arg(to.toString(Qt::ISODate), from.toString(Qt::ISODate)));
     condition.name = line.value("name");
     condition.category = line.value("category");
     condition.allTime = !line.isSet("from") && !line.isSet("to");
-    if (condition.allTime)
-        return condition;
-    const QString from = line.isSet("from") ? line.value("from") : QStringLiteral("1970-01-01");
-    const QString to = line.isSet("to") ? line.value("to") : QStringLiteral("9999-12-30");
-    condition.startDate = QDateTime(QDate::fromString(from, Qt::ISODate), QTime(0, 0));
-    condition.endDate = QDateTime(QDate::fromString(to, Qt::ISODate), QTime(0, 0));
-    for (const auto& [date, text] :
-         {std::pair{condition.startDate, from}, std::pair{condition.endDate, to}}) {
-        if (!date.isValid()) {
-            complain(QStringLiteral("\"%1\" is no date; one looks like 2026-03-05").arg(text));
-            return std::nullopt;
-        }
+    condition.startDate = from.startOfDay();
+    condition.endDate = to.startOfDay();
+    return true;
+}
+
+int sayAllPlans(const Session& session, const Arguments& line)
+{
+    QList<KvPlan> plans;
+    bool isRead = false;
+    {
+        const Progress progress(QStringLiteral("reading the plans"));
+        isRead = KvPlanData::instance()->getAllPlan(plans, true);
     }
-    return condition;
+    if (!isRead) {
+        complain(session.failure(QStringLiteral("read the plans")));
+        return RequestFailed;
+    }
+    if (line.wantsJson())
+        return say(plansJson(plans));
+    return say(plans.isEmpty() ? QStringLiteral("no plans\n") : plansText(plans));
 }
 
 int sayFilteredPlans(const Session& session, const Arguments& line, const KvPlanCondition& condition,
                      int page, int pageSize)
 {
     int count = 0;
-    if (!KvPlanData::instance()->getPlanRangeCount(condition, count)) {
-        complain(session.failure(QStringLiteral("count the plans")));
-        return RequestFailed;
-    }
     QList<KvPlan> plans;
-    KvPlanData::instance()->getPlanRangeData(condition, (page - 1) * pageSize, pageSize, plans);
+    {
+        const Progress progress(QStringLiteral("reading the plans"));
+        if (KvPlanData::instance()->getPlanRangeCount(condition, count))
+            KvPlanData::instance()->getPlanRangeData(condition, (page - 1) * pageSize, pageSize, plans);
+    }
     if (session.hasFailed()) {
         complain(session.failure(QStringLiteral("read the plans")));
         return RequestFailed;
     }
-    bool written = sayPlans(plans, line.wantsJson());
-    if (written && !line.wantsJson()) {
-        const int pages = (count + pageSize - 1) / pageSize;
-        written = say(QStringLiteral("%1 plans, page %2 of %3\n").arg(count).arg(page).arg(qMax(1, pages)));
-    }
-    return written ? Success : OutputFailed;
-}
-
-bool readPlan(const Session& session, const QString& id, KvPlan& plan)
-{
-    if (KvPlanData::instance()->getPlanById(id, plan))
-        return true;
-    complain(session.failure(QStringLiteral("read the plan \"%1\"").arg(id)));
-    return false;
+    if (line.wantsJson())
+        return say(plansJson(plans));
+    const int pages = count / pageSize + (count % pageSize > 0 ? 1 : 0);
+    const QString footer = count == 0 ? QStringLiteral("no plans\n")
+                                      : QStringLiteral("%1 of %2 plans, page %3 of %4\n")
+                                            .arg(plans.size())
+                                            .arg(count)
+                                            .arg(page)
+                                            .arg(pages);
+    return say(plans.isEmpty() ? footer : plansText(plans) + footer);
 }
 
 // Only a whole "y" or "yes" is a yes; no answer at all is a no.
@@ -100,47 +119,42 @@ bool agrees(const QString& question)
     const QByteArray prompt = question.toUtf8() + " [y/N] ";
     std::fwrite(prompt.constData(), 1, size_t(prompt.size()), stderr);
     char answer[16] = {};
-    if (!std::fgets(answer, sizeof answer, stdin))
-        return false;
+    const bool isAnswered = std::fgets(answer, sizeof answer, stdin);
+    if (!isAnswered || !answersComeFromTerminal())
+        std::fputc('\n', stderr); // what comes next begins a line all the same
     const QByteArray word = QByteArray(answer).trimmed().toLower();
-    return word == "y" || word == "yes";
+    return isAnswered && (word == "y" || word == "yes");
 }
 
 } // namespace
 
 int runPlans(const QStringList& arguments)
 {
-    Arguments line(
-        QStringLiteral("plans"),
-        QStringLiteral("Lists the project's plans, all in natural order of their names, or those that meet "
-                       "a filter, page by page."),
-        QString());
+    Arguments line(QStringLiteral("plans"),
+                   QStringLiteral("Lists the project's plans: all in natural order of their names, or those\n"
+                                  "that meet a filter, page by page."),
+                   QString());
     line.addOption("name", "pattern", "Name matches this pattern, letter case ignored.");
     line.addOption("category", "name", "Plan category.");
     line.addOption("from", "date", "Created or changed on this day or later, as in 2026-03-05.");
     line.addOption("to", "date", "Created or changed on this day or earlier.");
     line.addOption("page", "number", "Page to show, from 1.");
     line.addOption("page-size", "count", "Plans on a page (50).");
+    line.addJsonOption();
     int page = 1;
     int pageSize = 50;
+    KvPlanCondition condition;
     if (!line.read(arguments, 0) || !line.needService() || !line.readNumber("page", 1, 1000000, page) ||
-        !line.readNumber("page-size", 1, 1000, pageSize) || !line.needProject())
+        !line.readNumber("page-size", 1, 1000, pageSize) || !readCondition(line, condition) ||
+        !line.needProject())
         return line.exitCode();
 
     const Session session;
-    bool filtered = false;
-    for (const char* option : {"name", "category", "from", "to", "page", "page-size"})
-        filtered = filtered || line.isSet(option);
-    if (filtered) {
-        const std::optional<KvPlanCondition> condition = readCondition(line);
-        return condition ? sayFilteredPlans(session, line, *condition, page, pageSize) : WrongUsage;
+    for (const char* option : {"name", "category", "from", "to", "page", "page-size"}) {
+        if (line.isSet(option))
+            return sayFilteredPlans(session, line, condition, page, pageSize);
     }
-    QList<KvPlan> plans;
-    if (!KvPlanData::instance()->getAllPlan(plans, true)) {
-        complain(session.failure(QStringLiteral("read the plans")));
-        return RequestFailed;
-    }
-    return sayPlans(plans, line.wantsJson()) ? Success : OutputFailed;
+    return sayAllPlans(session, line);
 }
 
 int runCreate(const QStringList& arguments)
@@ -148,6 +162,7 @@ int runCreate(const QStringList& arguments)
     Arguments line(QStringLiteral("create"), QStringLiteral("Creates an empty plan in the project."),
                    QStringLiteral("NAME"));
     line.addOption("category", "name", "Plan category.");
+    line.addJsonOption();
     if (!line.read(arguments, 1) || !line.needService() || !line.needProject())
         return line.exitCode();
     const Session session;
@@ -165,6 +180,7 @@ int runCopy(const QStringList& arguments)
 {
     Arguments line(QStringLiteral("copy"), QStringLiteral("Copies a plan with its tasks."),
                    QStringLiteral("PLAN"));
+    line.addJsonOption();
     if (!line.read(arguments, 1) || !line.needService())
         return line.exitCode();
     const Session session;
@@ -181,11 +197,12 @@ int runRename(const QStringList& arguments)
     Arguments line(QStringLiteral("rename"),
                    QStringLiteral("Gives a plan another name; nothing else of it changes."),
                    QStringLiteral("PLAN NAME"));
+    line.addJsonOption();
     if (!line.read(arguments, 2) || !line.needService())
         return line.exitCode();
     const Session session;
     KvPlan plan;
-    if (!readPlan(session, line.positional(0), plan))
+    if (!session.readPlan(line.positional(0), plan))
         return RequestFailed;
     plan.name = line.positional(1);
     if (!KvPlanData::instance()->updatePlan(plan)) {
@@ -197,7 +214,8 @@ int runRename(const QStringList& arguments)
 
 int runDelete(const QStringList& arguments)
 {
-    Arguments line(QStringLiteral("delete"), QStringLiteral("Deletes a plan with its tasks, after asking."),
+    Arguments line(QStringLiteral("delete"),
+                   QStringLiteral("Deletes a plan with its tasks, after asking; says nothing when done."),
                    QStringLiteral("PLAN"));
     line.addOption("yes", nullptr, "Do not ask.");
     if (!line.read(arguments, 1) || !line.needService())
@@ -206,7 +224,7 @@ int runDelete(const QStringList& arguments)
     const QString id = line.positional(0);
     if (!line.isSet("yes")) {
         KvPlan plan;
-        if (!readPlan(session, id, plan))
+        if (!session.readPlan(id, plan))
             return RequestFailed;
         if (!agrees(QStringLiteral("Delete \"%1\" with its %2 tasks?")
                         .arg(fitted(plan.name, 0))

@@ -1,6 +1,6 @@
 #include "Progress.h"
 
-#include "TextTable.h"
+#include "CellText.h"
 
 #include <cstdio>
 
@@ -21,10 +21,17 @@ bool errorsGoToTerminal()
 
 } // namespace
 
-Progress::Progress()
-    : m_isTerminal(errorsGoToTerminal())
+Progress::Progress(const QString& step)
+    : m_step(step)
+    , m_isTerminal(errorsGoToTerminal())
 {
     m_clock.start();
+    if (!m_isTerminal)
+        return;
+    QObject::connect(&m_tick, &QTimer::timeout, &m_tick, [this] {
+        write(QStringLiteral("%1 … %2 s").arg(m_step).arg(m_clock.elapsed() / 1000));
+    });
+    m_tick.start(500);
 }
 
 Progress::~Progress()
@@ -33,13 +40,12 @@ Progress::~Progress()
         write(QString());
 }
 
-void Progress::show(const QString& step, qint64 done, qint64 total)
+void Progress::show(qint64 done, qint64 total)
 {
     if (!m_isTerminal || m_clock.elapsed() < m_nextAt)
         return;
     m_nextAt = m_clock.elapsed() + 100;
-    write(total > 0 ? QStringLiteral("%1: %2 %").arg(step).arg(100 * done / total)
-                    : step + QStringLiteral(" …"));
+    write(QStringLiteral("%1 … %2 %").arg(m_step).arg(total > 0 ? 100 * done / total : 100));
 }
 
 void Progress::write(const QString& line)

@@ -2,25 +2,30 @@
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QString>
+#include <QtCore/QTimer>
 
 /// Tells a waiting person how far long work is: one line on the standard error stream, rewritten in place.
 /// Says nothing when that is no terminal, nor before half a second has passed. The line is gone when the
-/// object is.
+/// object is; complain only then.
 class Progress
 {
 public:
-    Progress();
+    /// @p step in words, as in "checking tasks". While events are handled, as during a request, the line
+    /// tells the seconds by itself.
+    explicit Progress(const QString& step);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// @p step in words, as in "checking tasks"; @p done of @p total, or 0 of 0 when nobody knows how many.
-    void show(const QString& step, qint64 done = 0, qint64 total = 0);
+    /// For work that handles no events: call it often; @p done of @p total.
+    void show(qint64 done, qint64 total);
 
 private:
     void write(const QString& line);
 
+    QString m_step;
     QElapsedTimer m_clock;
+    QTimer m_tick;
     qint64 m_nextAt = 500; // milliseconds
     int m_cells = 0;
     bool m_isTerminal;

@@ -4,6 +4,7 @@
 
 #include <QtCore/QJsonObject>
 
-/// A record as JSON for programs: every field under its own name, dates in ISO 8601, null where not set.
+/// A record as JSON for programs: every field under its own name, dates in ISO 8601, null where not set. Left
+/// out are the reserved fields, and the children of a node.
 QJsonObject planToJson(const KvPlan& plan);
 QJsonObject nodeToJson(const KvPlanNode& node);

@@ -1,42 +1,34 @@
 #include "Session.h"
 
+#include "Output.h"
+#include "Progress.h"
+
 #include <KvNetwork/KvBaseApi.h>
 #include <KvNetwork/NetworkManager.h>
-
-#include <cstdio>
-
-#ifdef Q_OS_UNIX
-#include <sys/ioctl.h>
-#include <unistd.h>
-#endif
+#include <plandata/KvPlanData.h>
 
 namespace {
 
+// What the network library cannot know: where this program takes its settings from.
 QString advice(const KvNetworkReport& report)
 {
     switch (report.category) {
     case KvNetworkReport::Refused:
-        return QStringLiteral("Is the service running at that address (--server, KV_BASE_API)?");
-    case KvNetworkReport::Timeout:
-        return QStringLiteral("Try again, or allow more time (--timeout, KV_NETWORK_TIMEOUT_MS).");
-    case KvNetworkReport::Tls:
-        return QStringLiteral(
-            "The server's certificate was not accepted; check the address or install its authority.");
     case KvNetworkReport::Parse:
-        return QStringLiteral(
-            "What answered is perhaps not the schedule service; check the address (--server).");
-    case KvNetworkReport::Aborted:
-        return QStringLiteral("The request was ended before its reply was complete.");
+        return QStringLiteral(" (--server or KV_BASE_API)");
+    case KvNetworkReport::Timeout:
+        return QStringLiteral(" or --timeout");
+    case KvNetworkReport::Tls:
+        return QStringLiteral("; check the address or install the certificate's authority");
     case KvNetworkReport::Http:
         if (report.httpStatus == 401)
-            return QStringLiteral("Give a valid access token (KV_ACCESS_TOKEN or --token-file).");
+            return QStringLiteral(" (--token-file or KV_ACCESS_TOKEN)");
         if (report.httpStatus == 403)
-            return QStringLiteral("Ask whoever administers the service for that right.");
+            return QStringLiteral("; ask whoever administers the service for it");
         if (report.httpStatus == 404)
-            return QStringLiteral("Check the identifier and the address.");
-        if (report.httpStatus >= 500)
-            return QStringLiteral("The service failed; its log tells more.");
+            return QStringLiteral("; check the identifier and the address (--server or KV_BASE_API)");
         return QString();
+    case KvNetworkReport::Aborted:
     case KvNetworkReport::Ok:
         break;
     }
@@ -58,39 +50,38 @@ Session::Session()
 
 QString Session::failure(const QString& task) const
 {
-    QString text = QStringLiteral("cannot %1 from %2: ").arg(task, KvBaseApi::GetInstance().getBaseApi());
-    if (m_lastFailure.httpStatus >= 400)
-        text += QStringLiteral("%1 ").arg(m_lastFailure.httpStatus);
-    text += m_lastFailure.message;
-    if (!text.endsWith(QLatin1Char('.')))
-        text += QLatin1Char('.');
-    const QString next = advice(m_lastFailure);
-    return next.isEmpty() ? text : text + QLatin1Char(' ') + next;
+    QString text = QStringLiteral("cannot ") + task;
+    if (!m_hasFailed)
+        return text + QStringLiteral(": no request could be sent");
+    const QString address = withoutSecrets(KvBaseApi::GetInstance().getBaseApi());
+    if (!m_lastFailure.message.contains(address.chopped(1)))
+        text += QStringLiteral(" at ") + address;
+    return text + QStringLiteral(": ") + m_lastFailure.message + advice(m_lastFailure);
 }
 
-void complain(const QString& message)
+bool Session::readPlan(const QString& id, KvPlan& plan) const
 {
-    const QByteArray line = "kvplan: " + message.toUtf8() + '\n';
-    std::fwrite(line.constData(), 1, size_t(line.size()), stderr);
+    bool isRead = false;
+    {
+        const Progress progress(QStringLiteral("reading the plan"));
+        isRead = KvPlanData::instance()->getPlanById(id, plan);
+    }
+    if (!isRead)
+        complain(failure(QStringLiteral("read the plan \"%1\"").arg(id)));
+    return isRead;
 }
 
-bool say(const QByteArray& text)
+QString withoutSecrets(const QString& address)
 {
-    return std::fwrite(text.constData(), 1, size_t(text.size()), stdout) == size_t(text.size()) &&
-           std::fflush(stdout) == 0;
-}
-
-bool say(const QString& text)
-{
-    return say(text.toUtf8());
-}
-
-int terminalWidth()
-{
-#ifdef Q_OS_UNIX
-    winsize size = {};
-    if (isatty(STDOUT_FILENO) && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0)
-        return size.ws_col > 0 ? size.ws_col : 80;
-#endif
-    return 0;
+    QString shown = address;
+    for (const char mark : {'?', '#'}) {
+        const int at = shown.indexOf(QLatin1Char(mark));
+        if (at >= 0)
+            shown.truncate(at);
+    }
+    // An address that is no URL may hold a password all the same, so it is taken apart as text.
+    const int host = shown.indexOf(QLatin1String("//")) + 2;
+    const int slash = shown.indexOf(QLatin1Char('/'), host);
+    const int user = shown.lastIndexOf(QLatin1Char('@'), slash < 0 ? -1 : slash);
+    return user < host ? shown : shown.remove(host, user + 1 - host);
 }

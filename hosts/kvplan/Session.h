@@ -1,13 +1,13 @@
 #pragma once
 
 #include <KvNetwork/KvNetworkReport.h>
+#include <model/KvPlan.h>
 
 #include <QtCore/QObject>
 #include <QtCore/QString>
 
-/// Why the last request failed, in words for a person: what failed, with which value, and what to try.
-///
-/// The library answers with a flag alone; the network library's report tells the rest.
+/// The requests of one command. The library answers with a flag alone; the network library's reports, which
+/// this object collects, tell the rest.
 class Session : public QObject
 {
     Q_OBJECT
@@ -19,32 +19,17 @@ public:
     /// same.
     bool hasFailed() const { return m_hasFailed; }
 
+    /// Why the last request failed, in words for a person: what failed, with which value, and what to try.
     /// One line; @p task says what was tried, as in "read the plan \"65f0\"".
     QString failure(const QString& task) const;
+
+    /// Reads a plan and its tasks. @return false when that failed; it has been complained about then.
+    bool readPlan(const QString& id, KvPlan& plan) const;
 
 private:
     KvNetworkReport m_lastFailure;
     bool m_hasFailed = false;
 };
 
-/// Writes "kvplan: " and @p message to the standard error stream.
-void complain(const QString& message);
-
-/// Writes @p text to the standard output stream, in UTF-8.
-/// @return false when it could not be written whole (disk full, reader gone).
-bool say(const QString& text);
-bool say(const QByteArray& text);
-
-/// Cells of a line of the terminal on standard output; 0 when that is a file or a pipe.
-int terminalWidth();
-
-/// What the program tells its caller.
-enum ExitCode
-{
-    Success = 0,
-    RequestFailed = 1,
-    WrongUsage = 2,
-    OutputFailed = 3,
-    BadData = 4,
-    NotAgreed = 5,
-};
+/// @p address as it may be shown: without user, password, query and fragment.
+QString withoutSecrets(const QString& address);

@@ -1,11 +1,11 @@
 #include "ShowCommand.h"
 
 #include "Arguments.h"
+#include "CellText.h"
+#include "Output.h"
 #include "RecordJson.h"
 #include "Session.h"
 #include "TextTable.h"
-
-#include <plandata/KvPlanData.h>
 
 #include <QtCore/QJsonDocument>
 
@@ -21,12 +21,30 @@ QString predecessorRows(const KvPlanNode& node)
     return rows.join(QLatin1Char(','));
 }
 
+QString taskTable(const QList<KvPlanNode>& nodes, int rows)
+{
+    TextTable table;
+    table.addColumn(QStringLiteral("Row"), TextTable::Right);
+    table.addTextColumn(QStringLiteral("Task"));
+    table.addColumn(QStringLiteral("Start"));
+    table.addColumn(QStringLiteral("Finish"));
+    table.addColumn(QStringLiteral("Done"), TextTable::Right);
+    table.addTextColumn(QStringLiteral("After row"));
+    for (int i = 0; i < qMin(rows, nodes.size()); ++i) {
+        const KvPlanNode& node = nodes.at(i);
+        table.addRow({QString::number(node.planNodeId), node.name, minuteText(node.startDate),
+                      minuteText(node.finishDate), percentText(node.finishedPercentage),
+                      predecessorRows(node)});
+    }
+    return table.toText(terminalWidth());
+}
+
 QString planText(const KvPlan& plan, int rows)
 {
-    QString text = plan.name + QLatin1Char('\n');
+    QString text = fitted(plan.name, 0) + QLatin1Char('\n');
     const auto addLine = [&](const QString& label, const QString& value) {
         if (!value.isEmpty())
-            text += QStringLiteral("  %1  %2\n").arg(label.leftJustified(9), fitted(value, 0));
+            text += QStringLiteral("  %1  %2\n").arg(label.leftJustified(8), fitted(value, 0));
     };
     addLine(QStringLiteral("plan"), plan.id);
     addLine(QStringLiteral("project"), plan.projectId);
@@ -38,22 +56,7 @@ QString planText(const KvPlan& plan, int rows)
     addLine(QStringLiteral("tasks"), QString::number(plan.planNodes.size()));
     if (plan.planNodes.isEmpty() || rows == 0)
         return text;
-
-    TextTable table;
-    table.addColumn(QStringLiteral("Row"), TextTable::Right);
-    table.addColumn(QStringLiteral("Task"));
-    table.addColumn(QStringLiteral("Start"));
-    table.addColumn(QStringLiteral("Finish"));
-    table.addColumn(QStringLiteral("Done"), TextTable::Right);
-    table.addColumn(QStringLiteral("After"));
-    for (int i = 0; i < qMin(rows, plan.planNodes.size()); ++i) {
-        const KvPlanNode& node = plan.planNodes.at(i);
-        table.addRow({QString::number(node.planNodeId), node.name, minuteText(node.startDate),
-                      minuteText(node.finishDate),
-                      QString::number(node.finishedPercentage, 'f', 0) + QLatin1Char('%'),
-                      predecessorRows(node)});
-    }
-    text += QLatin1Char('\n') + table.toText(terminalWidth());
+    text += QLatin1Char('\n') + taskTable(plan.planNodes, rows);
     if (rows < plan.planNodes.size())
         text += QStringLiteral("… and %1 more\n").arg(plan.planNodes.size() - rows);
     return text;
@@ -65,19 +68,15 @@ int runShow(const QStringList& arguments)
 {
     Arguments line(QStringLiteral("show"), QStringLiteral("Shows one plan and its tasks."),
                    QStringLiteral("PLAN"));
-    line.addOption("rows", "count", "Show at most this many tasks (all when left out).");
+    line.addOption("rows", "count", "Tasks in the table at most (all when left out); JSON has them all.");
+    line.addJsonOption();
     int rows = std::numeric_limits<int>::max();
     if (!line.read(arguments, 1) || !line.needService() || !line.readNumber("rows", 0, rows, rows))
         return line.exitCode();
 
     const Session session;
     KvPlan plan;
-    if (!KvPlanData::instance()->getPlanById(line.positional(0), plan)) {
-        complain(session.failure(QStringLiteral("read the plan \"%1\"").arg(line.positional(0))));
+    if (!session.readPlan(line.positional(0), plan))
         return RequestFailed;
-    }
-    const bool written = line.wantsJson()
-                             ? say(QJsonDocument(planToJson(plan)).toJson(QJsonDocument::Indented))
-                             : say(planText(plan, rows));
-    return written ? Success : OutputFailed;
+    return line.wantsJson() ? say(QJsonDocument(planToJson(plan)).toJson()) : say(planText(plan, rows));
 }

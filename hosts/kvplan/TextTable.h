@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QtCore/QDateTime>
-#include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtCore/QVector>
 
@@ -16,10 +14,14 @@ public:
     };
 
     void addColumn(const QString& title, Alignment alignment = Left);
+
+    /// A column of names: the kind that is shortened when the lines are too long.
+    void addTextColumn(const QString& title);
+
     void addRow(const QStringList& cells);
 
-    /// The table as lines. With @p width greater than 0 the widest column is shortened, down to a few cells,
-    /// until a line fits into @p width cells; 0 shortens nothing.
+    /// The table as lines. With @p width greater than 0 the columns of names are shortened, the widest first
+    /// and none below a few cells, until a line fits into @p width cells; 0 shortens nothing.
     QString toText(int width = 0) const;
 
 private:
@@ -27,18 +29,12 @@ private:
     {
         QString title;
         Alignment alignment;
+        bool canShorten;
         int width;
     };
+
+    static void shorten(QVector<Column>& columns, int width);
 
     QVector<Column> m_columns;
     QVector<QStringList> m_rows;
 };
-
-/// Terminal cells that @p text takes.
-int cellWidth(const QString& text);
-
-/// @p text on one line and without control characters, shortened to @p width cells with "…" at its end.
-QString fitted(const QString& text, int width);
-
-/// A date-time for people, to the minute; empty when it is not set.
-QString minuteText(const QDateTime& dateTime);

@@ -1,10 +1,11 @@
 #include "ExchangeCommands.h"
+#include "Output.h"
 #include "PlanCommands.h"
-#include "Session.h"
 #include "ShowCommand.h"
 #include "TreeCommand.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QTextCodec>
 
 namespace {
 
@@ -40,7 +41,7 @@ QString help()
         "\n\"kvplan COMMAND --help\" shows a command's options. KV_BASE_API, KV_PROJECT_ID,\n"
         "KV_ACCESS_TOKEN and KV_NETWORK_TIMEOUT_MS stand in for those left out.\n\n"
         "Exit status: 0 done, 1 the service did not do it, 2 wrong usage, 3 output not written,\n"
-        "4 the data are not good, 5 you did not agree.\n");
+        "4 the file or the plan is not in order, 5 you did not agree.\n");
     return text;
 }
 
@@ -48,6 +49,12 @@ QString help()
 
 int main(int argc, char* argv[])
 {
+    holdStandardStreams();
+#ifndef Q_OS_WIN
+    // Names come in and go out as UTF-8 whatever the locale: under "C" those of other alphabets would be
+    // lost.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+#endif
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("kvplan"));
     QCoreApplication::setApplicationVersion(QStringLiteral(KVPLAN_VERSION));
@@ -59,10 +66,9 @@ int main(int argc, char* argv[])
     }
     const QString name = arguments.takeFirst();
     if (name == QLatin1String("--help") || name == QLatin1String("-h"))
-        return say(help()) ? Success : OutputFailed;
+        return say(help());
     if (name == QLatin1String("--version"))
-        return say(QStringLiteral("kvplan %1\n").arg(QCoreApplication::applicationVersion())) ? Success
-                                                                                              : OutputFailed;
+        return say(QStringLiteral("kvplan %1\n").arg(QCoreApplication::applicationVersion()));
     for (const Command& command : commands) {
         if (name == QLatin1String(command.name))
             return command.run(arguments);
