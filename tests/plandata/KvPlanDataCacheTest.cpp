@@ -1,6 +1,8 @@
-// The facade as a host has it, through the library's exported interface: the one object, its caches, copies.
+// The facade as a host has it, through the library's exported interface: the one object, and its caches.
 
-#include "FacadeCopies.h"
+#include "ServiceReplies.h"
+
+#include <plandata/KvPlanData.h>
 
 #include <KvNetwork/KvBaseApi.h>
 
@@ -19,6 +21,8 @@ using KvTest::difference;
 using KvTest::dump;
 using KvTest::fullPlan;
 using KvTest::fullPlanNode;
+using KvTest::nodeReply;
+using KvTest::planReply;
 using KvTest::Reply;
 
 // Who may make and end the object is part of the interface.
@@ -48,20 +52,6 @@ const QString p1 = QStringLiteral("p1");
 const QString p2 = QStringLiteral("p2");
 const QString n1 = QStringLiteral("n1");
 const QString n2 = QStringLiteral("n2");
-
-Reply planReply(const QString& id, const QString& name)
-{
-    const QJsonObject node{{QStringLiteral("_id"), id + QStringLiteral("-n")},
-                           {QStringLiteral("name"), QStringLiteral("node of ") + name}};
-    return Reply::json(QJsonObject{{QStringLiteral("_id"), id},
-                                   {QStringLiteral("name"), name},
-                                   {QStringLiteral("tasks"), QJsonArray{node}}});
-}
-
-Reply nodeReply(const QString& id, const QString& name)
-{
-    return Reply::json(QJsonObject{{QStringLiteral("_id"), id}, {QStringLiteral("name"), name}});
-}
 
 } // namespace
 
@@ -96,10 +86,6 @@ private Q_SLOTS:
     void recordsGivenOutAreCopies();
     void idMayBeTheRecordsOwn();
     void idMayBeANodesOwn();
-    void copyIsIndependentOfTheOriginal();
-    void originalIsIndependentOfTheCopy();
-    void assignmentReplacesTheCaches();
-    void assignmentToItself();
 
 private:
     KvPlanData& data() { return *KvPlanData::instance(); }
@@ -467,69 +453,6 @@ void KvPlanDataCacheTest::idMayBeANodesOwn()
     QVERIFY(data().getPlanNodeFromCacheById(node.id, node));
     QCOMPARE(node.id, n2);
     QCOMPARE(requests(), 1);
-}
-
-void KvPlanDataCacheTest::copyIsIndependentOfTheOriginal()
-{
-    m_server.enqueue(planReply(p1, QStringLiteral("one")));
-    KvPlan plan;
-    QVERIFY(data().getPlanById(p1, plan));
-    KvPlanData& copy = *copyOf(data());
-    QVERIFY(&copy != &data());
-    QCOMPARE(copy.getPlanName(p1), QStringLiteral("one"));
-
-    m_server.enqueue(planReply(p1, QStringLiteral("changed")));
-    m_server.enqueue(planReply(p2, QStringLiteral("two")));
-    QVERIFY(data().getPlanById(p1, plan));
-    QVERIFY(data().getPlanById(p2, plan));
-    QCOMPARE(copy.getPlanName(p1), QStringLiteral("one"));
-    QVERIFY(copy.getPlanName(p2).isNull());
-    data().clear();
-    QCOMPARE(copy.getPlanName(p1), QStringLiteral("one"));
-}
-
-void KvPlanDataCacheTest::originalIsIndependentOfTheCopy()
-{
-    m_server.enqueue(planReply(p1, QStringLiteral("one")));
-    KvPlan plan;
-    QVERIFY(data().getPlanById(p1, plan));
-    KvPlanData& copy = *copyOf(data());
-    m_server.enqueue(planReply(p2, QStringLiteral("two")));
-    m_server.enqueue(nodeReply(n1, QStringLiteral("wall")));
-    KvPlanNode node;
-    QVERIFY(copy.getPlanById(p2, plan));
-    QVERIFY(copy.getPlanNodeFromCacheById(n1, node));
-    QVERIFY(data().getPlanName(p2).isNull());
-    m_server.enqueue(nodeReply(n1, QStringLiteral("asked for")));
-    QVERIFY(data().getPlanNodeFromCacheById(n1, node));
-    QCOMPARE(node.name, QStringLiteral("asked for"));
-    copy.clear();
-    QCOMPARE(data().getPlanName(p1), QStringLiteral("one"));
-}
-
-void KvPlanDataCacheTest::assignmentReplacesTheCaches()
-{
-    m_server.enqueue(planReply(p1, QStringLiteral("one")));
-    m_server.enqueue(planReply(p2, QStringLiteral("two")));
-    KvPlan plan;
-    QVERIFY(data().getPlanById(p1, plan));
-    KvPlanData& copy = *copyOf(data());
-    QVERIFY(copy.getPlanById(p2, plan));
-    data().clear();
-    KvPlanData& result = (copy = data());
-    QCOMPARE(&result, &copy);
-    QVERIFY(copy.getPlanName(p1).isNull());
-    QVERIFY(copy.getPlanName(p2).isNull());
-}
-
-void KvPlanDataCacheTest::assignmentToItself()
-{
-    m_server.enqueue(planReply(p1, QStringLiteral("one")));
-    KvPlan plan;
-    QVERIFY(data().getPlanById(p1, plan));
-    KvPlanData& same = data();
-    data() = same;
-    QCOMPARE(data().getPlanName(p1), QStringLiteral("one"));
 }
 
 QTEST_GUILESS_MAIN(KvPlanDataCacheTest)
