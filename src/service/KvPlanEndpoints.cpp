@@ -47,8 +47,10 @@ bool requestPlanRangeCount(const KvPlanCondition& condition, int& count)
 
 bool requestPlanRangeData(const KvPlanCondition& condition, int skip, int limit, QList<KvPlan>& plans)
 {
-    const QString url = taskUrl("projects/%1/plans?where=%2&skip=%3&limit=%4", currentProject(),
-                                buildPlanQuery(condition), skip, limit);
+    // The filter comes last, for what a user searches for may look like a placeholder ("50%3"), and an
+    // argument after it would be filled in there.
+    const QString url = taskUrl("projects/%1/plans?where=%4&skip=%2&limit=%3", currentProject(), skip, limit,
+                                buildPlanQuery(condition));
     return exchange(NetworkManager::instance().get(url),
                     [&](const NetworkEventLoop& reply) { appendPlans(reply, plans); });
 }
