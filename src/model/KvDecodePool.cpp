@@ -1,5 +1,9 @@
 #include <model/KvDecodePool.h>
 
+#include <model/KvJsonMembers.h>
+
+#include <model/KvExchangeDate.h>
+
 #include <KvPublicFun/KvPub.h>
 
 #include <QtCore/QCborArray>
@@ -30,11 +34,33 @@ QString KvDecodePool::shared(const QString& text)
     return find(m_texts, text, [](const QString& first) { return first; });
 }
 
+QString KvDecodePool::repeated(const KvJsonMember& member)
+{
+    if (member.isMissing())
+        return QString();
+    if (m_last.isEmpty())
+        m_last.resize(KvJsonMember::mostFields);
+    Last& last = m_last[member.field()];
+    const QCborValue value = member.value();
+    if (last.value != value) {
+        last.value = value;
+        last.text = shared(value.toString());
+    }
+    return last.text;
+}
+
 QDateTime KvDecodePool::dateTime(const QString& text)
 {
     if (text.isEmpty())
         return KvPub::getDateTimeByQString(text);
     return find(m_dates, text, KvPub::getDateTimeByQString);
+}
+
+QDateTime KvDecodePool::exchangeDateTime(const QString& text)
+{
+    if (text.isEmpty())
+        return QDateTime();
+    return find(m_exchangeDates, text, Kv::exchangeDateTime);
 }
 
 QStringList KvDecodePool::idList(const QCborArray& array)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtCore/QCborValue>
 #include <QtCore/QDateTime>
 #include <QtCore/QHash>
 #include <QtCore/QString>
@@ -9,6 +10,8 @@
 class QCborArray;
 
 namespace Kv {
+
+class KvJsonMember;
 
 /// Remembers values that repeat from record to record of one reply, so that each is kept, or worked out,
 /// once.
@@ -26,8 +29,15 @@ public:
     /// @p text, sharing its data with an equal text of another record.
     QString shared(const QString& text);
 
+    /// The text of a member that mostly equals that of the record before, as the plan of a plan's nodes does:
+    /// it is then not even read again. For the fields of one record type only, the one that stands outermost.
+    QString repeated(const KvJsonMember& member);
+
     /// The date-time of a text in the service's form; null when it is in another.
     QDateTime dateTime(const QString& text);
+
+    /// The date-time of a text in the exchange format's form; null when it is in another.
+    QDateTime exchangeDateTime(const QString& text);
 
     /// The identifiers in a JSON array, each the string of its value.
     QStringList idList(const QCborArray& array);
@@ -53,9 +63,17 @@ private:
         return entry.value;
     }
 
+    struct Last
+    {
+        QCborValue value;
+        QString text;
+    };
+
     const int m_placeCount; // a power of two
+    QVector<Last> m_last;   // by field
     QVector<Entry<QString>> m_texts;
     QVector<Entry<QDateTime>> m_dates;
+    QVector<Entry<QDateTime>> m_exchangeDates;
     QVector<Entry<QStringList>> m_singles; // lists of one identifier, by that identifier
 };
 

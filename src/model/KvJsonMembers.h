@@ -25,14 +25,22 @@ class KvDecodePool;
 class KvJsonMember
 {
 public:
+    static constexpr int mostFields = 64; // of a record: those seen are kept in one 64-bit word
+
     KvJsonMember() = default;
     /// @p object and @p index: where the member stands; null: in an array or object inside another one.
-    KvJsonMember(const QCborValueRef& value, const QJsonObject* object, int index)
+    /// @p field: which of its record's fields it is.
+    KvJsonMember(const QCborValueRef& value, const QJsonObject* object, int index, int field)
         : m_value(&value)
         , m_object(object)
         , m_index(index)
+        , m_field(field)
     {
     }
+
+    bool isMissing() const { return !m_value; }
+    QCborValue value() const { return *m_value; }
+    int field() const { return m_field; }
 
     QString text() const { return m_value ? m_value->toString() : QString(); }
     bool flag() const { return m_value && m_value->toBool(false); }
@@ -65,6 +73,7 @@ private:
     const QCborValueRef* m_value = nullptr;
     const QJsonObject* m_object = nullptr;
     int m_index = 0;
+    int m_field = 0;
 };
 
 /// How one key of an object is read into a record.
@@ -80,7 +89,7 @@ struct KvField
 template<class Record, std::size_t Count>
 class KvFields
 {
-    static_assert(Count <= 64, "the fields seen are kept in one 64-bit word");
+    static_assert(Count <= KvJsonMember::mostFields, "a record has more fields than can be kept track of");
 
 public:
     explicit KvFields(const KvField<Record> (&fields)[Count])
@@ -112,7 +121,7 @@ private:
             const std::size_t field = find(member.first, next);
             if (field == Count)
                 continue;
-            m_fields[field].read(KvJsonMember(member.second, object, index), out, pool);
+            m_fields[field].read(KvJsonMember(member.second, object, index, int(field)), out, pool);
             seen |= quint64(1) << field;
             next = field + 1;
         }

@@ -73,10 +73,10 @@ const KvField<KvPlanNode> nodeFields[] = {
     {QLatin1String("actualFinishDate"), [](Value v, Node n, Pool p) { n.actualFinishDate = p.dateTime(v.text()); }},
     {QLatin1String("actualStartDate"), [](Value v, Node n, Pool p) { n.actualStartDate = p.dateTime(v.text()); }},
     {QLatin1String("actualWorkload"), [](Value v, Node n, Pool) { n.actualWorkload = v.wholeNumber(); }},
-    {QLatin1String("category"), [](Value v, Node n, Pool p) { n.category = p.shared(v.text()); }},
+    {QLatin1String("category"), [](Value v, Node n, Pool p) { n.category = p.repeated(v); }},
     {QLatin1String("cooperateIds"), [](Value v, Node n, Pool p) { n.cooperateIds = p.idList(v.elements()); }},
     {QLatin1String("createdAt"), [](Value v, Node n, Pool p) { n.createdAt = p.dateTime(v.text()); }},
-    {QLatin1String("createdBy"), [](Value v, Node n, Pool p) { n.createdBy = p.shared(v.text()); }},
+    {QLatin1String("createdBy"), [](Value v, Node n, Pool p) { n.createdBy = p.repeated(v); }},
     // The service sends a number here and takes a boolean; a boolean that is read back therefore reads as
     // false.
     {QLatin1String("displaySimulation"), [](Value v, Node n, Pool) { n.displaySimulation = v.wholeNumber() != 0; }},
@@ -96,17 +96,17 @@ const KvField<KvPlanNode> nodeFields[] = {
     {QLatin1String("milestone"), [](Value v, Node n, Pool) { n.milestone = v.flag(); }},
     {QLatin1String("name"), [](Value v, Node n, Pool p) { n.name = p.shared(v.text()); }},
     {QLatin1String("parentTaskID"), [](Value v, Node n, Pool) { n.parentTaskId = v.wholeNumber(); }},
-    {QLatin1String("planId"), [](Value v, Node n, Pool p) { n.planId = p.shared(v.text()); }},
-    {QLatin1String("planName"), [](Value v, Node n, Pool p) { n.planName = p.shared(v.text()); }},
+    {QLatin1String("planId"), [](Value v, Node n, Pool p) { n.planId = p.repeated(v); }},
+    {QLatin1String("planName"), [](Value v, Node n, Pool p) { n.planName = p.repeated(v); }},
     {QLatin1String("planWorkload"), [](Value v, Node n, Pool) { n.planWorkload = v.wholeNumber(); }},
     {QLatin1String("predecessors"), [](Value v, Node n, Pool p) { readPredecessors(v.elements(), n, p); }},
-    {QLatin1String("projectId"), [](Value v, Node n, Pool p) { n.projectId = p.shared(v.text()); }},
-    {QLatin1String("remark"), [](Value v, Node n, Pool p) { n.remark = p.shared(v.text()); }},
+    {QLatin1String("projectId"), [](Value v, Node n, Pool p) { n.projectId = p.repeated(v); }},
+    {QLatin1String("remark"), [](Value v, Node n, Pool p) { n.remark = p.repeated(v); }},
     {QLatin1String("startDate"), [](Value v, Node n, Pool p) { n.startDate = p.dateTime(v.text()); }},
     {QLatin1String("summary"), [](Value v, Node n, Pool) { n.summary = v.flag(); }},
     {QLatin1String("uniqueId"), [](Value v, Node n, Pool) { n.uniqueId = v.wholeNumber(); }},
     {QLatin1String("updatedAt"), [](Value v, Node n, Pool p) { n.updatedAt = p.dateTime(v.text()); }},
-    {QLatin1String("updatedBy"), [](Value v, Node n, Pool p) { n.updatedBy = p.shared(v.text()); }},
+    {QLatin1String("updatedBy"), [](Value v, Node n, Pool p) { n.updatedBy = p.repeated(v); }},
     {QLatin1String("userIds"), [](Value v, Node n, Pool p) { n.userIds = p.idList(v.elements()); }},
 };
 // clang-format on
@@ -184,8 +184,9 @@ void jsonObjectToPlan(const QJsonObject& in, KvPlan& out)
 
     out.planNodes.clear();
     out.planNodes.reserve(tasks.size());
+    const KvPlanNode fresh;
     for (const QJsonValue& task : tasks) {
-        out.planNodes.append(KvPlanNode());
+        out.planNodes.append(fresh);
         jsonObjectToPlanNode(task.toObject(), out.planNodes.last(), pool);
     }
 }

@@ -1,11 +1,13 @@
 #include <model/KvPlanDataUtils.h>
 
 #include <model/KvDecodePool.h>
-#include <model/KvExchangeDate.h>
 #include <model/KvJsonMembers.h>
 #include <model/KvPlanCodec.h>
 
 #include <QtCore/QJsonArray>
+
+#include <array>
+#include <cstddef>
 
 namespace {
 
@@ -18,10 +20,17 @@ using Pool = Kv::KvDecodePool&;
 void readDuration(Value in, KvDuration& out, Kv::KvDecodePool& pool);
 void readPredecessors(Value in, KvPlanNode& out, Kv::KvDecodePool& pool);
 
-// A one-character text, whose character has the code of a byte.
+// A one-character text, whose character has the code of a byte. Made once, as each task and each predecessor
+// needs one.
 QString byteAsText(int code)
 {
-    return QString(QChar(static_cast<ushort>(code & 0xff)));
+    static const auto texts = [] {
+        std::array<QString, 256> all;
+        for (std::size_t i = 0; i < all.size(); ++i)
+            all[i] = QString(QChar(static_cast<ushort>(i)));
+        return all;
+    }();
+    return texts[static_cast<std::size_t>(code & 0xff)];
 }
 
 // The tables below stand in ascending order of the keys, as a JSON object does. One key a line, however long.
@@ -41,14 +50,14 @@ const Kv::KvField<KvPlanPredecessor> predecessorFields[] = {
     {QLatin1String("TargetTaskID"), [](Value v, Link l, Pool) { l.targetPlanNodeId = v.wholeNumber(); }},
     {QLatin1String("TargetTaskName"), [](Value v, Link l, Pool p) { l.targetPlanNodeName = p.shared(v.text()); }},
     // Not the number as text but the character of its low byte, for compatibility with existing hosts.
-    {QLatin1String("TargetTaskUniqueID"), [](Value v, Link l, Pool p) { l.targetPlanNodeUniqueId = p.shared(byteAsText(v.wholeNumber())); }},
+    {QLatin1String("TargetTaskUniqueID"), [](Value v, Link l, Pool) { l.targetPlanNodeUniqueId = byteAsText(v.wholeNumber()); }},
     {QLatin1String("Type"), [](Value v, Link l, Pool) { l.type = v.wholeNumber(); }},
 };
 
 const Kv::KvField<KvPlanNode> taskFields[] = {
     {QLatin1String("Duration"), [](Value v, Node n, Pool p) { readDuration(v, n.duration, p); }},
     {QLatin1String("DurationText"), [](Value v, Node n, Pool p) { n.durationText = p.shared(v.text()); }},
-    {QLatin1String("Finish"), [](Value v, Node n, Pool) { n.finishDate = Kv::exchangeDateTime(v.text()); }},
+    {QLatin1String("Finish"), [](Value v, Node n, Pool p) { n.finishDate = p.exchangeDateTime(v.text()); }},
     {QLatin1String("FinishSlack"), [](Value v, Node n, Pool p) { readDuration(v, n.finishSlack, p); }},
     {QLatin1String("FinishText"), [](Value v, Node n, Pool p) { n.finishText = p.shared(v.text()); }},
     {QLatin1String("GUID"), [](Value v, Node n, Pool) { n.guid = v.text(); }},
@@ -56,10 +65,10 @@ const Kv::KvField<KvPlanNode> taskFields[] = {
     {QLatin1String("Milestone"), [](Value v, Node n, Pool) { n.milestone = v.flag(); }},
     {QLatin1String("Name"), [](Value v, Node n, Pool p) { n.name = p.shared(v.text()); }},
     // Not the note but one character of code 0 or 1, as a flag: kept for compatibility with existing hosts.
-    {QLatin1String("Notes"), [](Value v, Node n, Pool p) { n.notes = p.shared(byteAsText(v.flag() ? 1 : 0)); }},
+    {QLatin1String("Notes"), [](Value v, Node n, Pool) { n.notes = byteAsText(v.flag() ? 1 : 0); }},
     {QLatin1String("ParentTask"), [](Value v, Node n, Pool) { n.parentTaskId = v.wholeNumber(); }},
     {QLatin1String("Predecessors"), [](Value v, Node n, Pool p) { readPredecessors(v, n, p); }},
-    {QLatin1String("Start"), [](Value v, Node n, Pool) { n.startDate = Kv::exchangeDateTime(v.text()); }},
+    {QLatin1String("Start"), [](Value v, Node n, Pool p) { n.startDate = p.exchangeDateTime(v.text()); }},
     {QLatin1String("StartText"), [](Value v, Node n, Pool p) { n.startText = p.shared(v.text()); }},
     {QLatin1String("Summary"), [](Value v, Node n, Pool) { n.summary = v.flag(); }},
     {QLatin1String("Type"), [](Value v, Node n, Pool) { n.type = v.wholeNumber(); }},
@@ -76,9 +85,10 @@ void readDuration(Value in, KvDuration& out, Kv::KvDecodePool& pool)
 void readPredecessors(Value in, KvPlanNode& out, Kv::KvDecodePool& pool)
 {
     static const Kv::KvFields fields(predecessorFields);
+    static const KvPlanPredecessor empty;
     const QCborArray links = in.elements();
     for (const QCborValue& link : links) {
-        out.predecessors.append(KvPlanPredecessor());
+        out.predecessors.append(empty);
         fields.read(link.toMap(), out.predecessors.last(), pool);
     }
 }
@@ -99,9 +109,10 @@ void jsonObjectToPlanMPXJ(const QJsonObject& in, KvPlan& out)
     out.mppFilePath = in.value(QLatin1String("MPPFilePath")).toString();
     const QJsonArray tasks = in.value(QLatin1String("AllTasks")).toArray();
     Kv::KvDecodePool pool(tasks.size());
+    const KvPlanNode empty;
     out.planNodes.reserve(out.planNodes.size() + tasks.size());
     for (const QJsonValue& task : tasks) {
-        out.planNodes.append(KvPlanNode());
+        out.planNodes.append(empty);
         readTask(task.toObject(), out.planNodes.last(), pool);
     }
 }
