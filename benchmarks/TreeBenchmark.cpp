@@ -1,0 +1,138 @@
+// Making a tree of a flat list and the other way round, against sorting the same list by its rows.
+
+#include "RatioMain.h"
+
+#include <model/KvPlanDataUtils.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <random>
+#include <utility>
+#include <vector>
+
+namespace {
+
+enum Shape
+{
+    Bushy,
+    Chain,
+    Reversed,
+    Wide,
+    Random
+};
+
+const std::pair<const char*, Shape> shapes[] = {
+    {"bushy", Bushy}, {"chain", Chain}, {"reversed", Reversed}, {"wide", Wide}, {"random", Random}};
+
+/// The position of a node's parent; -1: none.
+int parentOf(Shape shape, int node, int count, std::mt19937& random)
+{
+    switch (shape) {
+    case Bushy:
+        return node == 0 ? -1 : (node - 1) / 8;
+    case Chain:
+        return node - 1;
+    case Reversed: // each node comes before its parent, so that each needs a round of its own
+        return node == count - 1 ? -1 : node + 1;
+    case Wide:
+        return node == 0 ? -1 : 0;
+    case Random:
+        return node == 0 ? -1 : int(random() % unsigned(node));
+    }
+    return -1;
+}
+
+/// A flat plan. Only of the random one do rows, numbers and memory stand in no order to each other.
+QList<KvPlanNode> plan(Shape shape, int count)
+{
+    static const QString text = QStringLiteral("what nodes share");
+    std::mt19937 random(7);
+    std::vector<int> rows(static_cast<std::size_t>(count));
+    std::iota(rows.begin(), rows.end(), 0);
+    if (shape == Random)
+        std::shuffle(rows.begin(), rows.end(), random);
+    QList<KvPlanNode> nodes;
+    nodes.reserve(count);
+    for (int i = 0; i < count; ++i) {
+        nodes.append(KvPlanNode());
+        KvPlanNode& node = nodes.last();
+        node.planNodeId = rows[static_cast<std::size_t>(i)];
+        node.uniqueId = i;
+        node.parentTaskId = parentOf(shape, i, count, random);
+        node.planId = text;
+        node.name = text;
+    }
+    for (int i = count - 1; shape == Random && i > 0; --i)
+        nodes.swapItemsAt(i, int(random() % unsigned(i + 1)));
+    return nodes;
+}
+
+void sort(benchmark::State& state, Shape shape)
+{
+    for (auto _ : state) {
+        state.PauseTiming();
+        QList<KvPlanNode> nodes = plan(shape, int(state.range(0)));
+        state.ResumeTiming();
+        std::sort(nodes.begin(), nodes.end(),
+                  [](const KvPlanNode& a, const KvPlanNode& b) { return a.planNodeId < b.planNodeId; });
+        state.PauseTiming();
+        nodes.clear();
+        state.ResumeTiming();
+    }
+}
+
+void makeTree(benchmark::State& state, Shape shape)
+{
+    for (auto _ : state) {
+        state.PauseTiming();
+        QList<KvPlanNode> nodes = plan(shape, int(state.range(0)));
+        state.ResumeTiming();
+        KvPlanDataUtils::makePlanNodeListTree(nodes);
+        state.PauseTiming();
+        nodes.clear();
+        state.ResumeTiming();
+    }
+}
+
+void makeFlat(benchmark::State& state, Shape shape)
+{
+    for (auto _ : state) {
+        state.PauseTiming();
+        QList<KvPlanNode> nodes = plan(shape, int(state.range(0)));
+        KvPlanDataUtils::makePlanNodeListTree(nodes);
+        state.ResumeTiming();
+        KvPlanDataUtils::makePlanNodeListFlat(nodes);
+        state.PauseTiming();
+        nodes.clear();
+        state.ResumeTiming();
+    }
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const std::pair<const char*, void (*)(benchmark::State&, Shape)> functions[] = {
+        {"sort", sort}, {"tree", makeTree}, {"flat", makeFlat}};
+    const double growth = std::pow(1000.0, 1.15); // from 1,000 to 1,000,000 nodes
+    for (const auto& [shapeName, shape] : shapes) {
+        const std::string of = std::string(" ") + shapeName;
+        for (const int nodes : {1000, 10000, 100000, 1000000}) {
+            const std::string size = "/" + std::to_string(nodes);
+            for (const auto& [name, function] : functions) {
+                auto* registered = benchmark::RegisterBenchmark((name + of).c_str(), function, shape)
+                                       ->Arg(nodes)
+                                       ->Unit(benchmark::kMicrosecond);
+                if (nodes == 1000000)
+                    registered->Iterations(1)->Repetitions(3);
+            }
+            compare("tree / std::sort" + of + size, "tree" + of + size, "sort" + of + size, 3);
+            compare("flat / std::sort" + of + size, "flat" + of + size, "sort" + of + size, 3);
+        }
+        for (const char* name : {"tree", "flat"})
+            compare(std::string("growth 1k to 1M, ") + name + of, name + of + "/1000000", name + of + "/1000",
+                    growth);
+    }
+    return runBenchmarks(argc, argv);
+}
