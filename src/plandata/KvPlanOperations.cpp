@@ -72,12 +72,13 @@ bool KvPlanData::getPlanRangeCount(const KvPlanCondition& condition, int& count)
 
 bool KvPlanData::getPlanRangeData(const KvPlanCondition& condition, int skip, int limit, QList<KvPlan>& plans)
 {
-    const int before = plans.size();
-    if (Kv::requestPlanRangeData(condition, skip, limit, plans)) {
+    QList<KvPlan> page; // apart from the host's list, which the host may change during the wait
+    if (Kv::requestPlanRangeData(condition, skip, limit, page)) {
         m_planCache.clear();
-        for (int i = before; i < plans.size(); ++i)
-            m_planCache.insert(plans.at(i).id, plans.at(i));
+        for (const KvPlan& plan : qAsConst(page))
+            m_planCache.insert(plan.id, plan);
     }
+    plans.append(page);
     return true; // also after a failure, which existing hosts tell by the unchanged list
 }
 
