@@ -15,7 +15,8 @@ endif()
 # Internal headers (codecs, endpoints, the request frame) stay at home.
 install(FILES
     src/model/KvDocument.h src/model/KvDuration.h src/model/KvPlan.h src/model/KvPlanCondition.h
-    src/model/KvPlanNode.h src/model/KvPlanNodeResponse.h src/model/KvPlanRecords.h src/model/KvPlanStatistics.h
+    src/model/KvPlanDataUtils.h src/model/KvPlanNode.h src/model/KvPlanNodeResponse.h
+    src/model/KvPlanRecords.h src/model/KvPlanStatistics.h
     DESTINATION "${kv_include_dir}/model")
 install(FILES src/plandata/KvPlanData.h DESTINATION "${kv_include_dir}/plandata")
 

@@ -181,7 +181,7 @@ void KvPlanTreePropertyTest::treeIsThatOfTheDescription()
 {
     QFETCH(int, mix);
     Lists lists(Mixes[mix], 1000 + quint32(mix));
-    const int rounds = Mixes[mix].maxCount > 50 ? 400 : 4000;
+    const int rounds = Mixes[mix].maxCount > 50 ? 300 : 2500;
     int returned = 0;
     int cyclic = 0;
     for (int i = 0; i < rounds; ++i) {
@@ -218,7 +218,7 @@ void KvPlanTreePropertyTest::flatIsThatOfTheDescription()
 {
     QFETCH(int, mix);
     Lists lists(Mixes[mix], 2000 + quint32(mix));
-    for (int i = 0; i < (Mixes[mix].maxCount > 50 ? 200 : 1500); ++i) {
+    for (int i = 0; i < (Mixes[mix].maxCount > 50 ? 200 : 1000); ++i) {
         QList<KvPlanNode> nodes = lists.next();
         if (PlainTree::treeReturns(nodes))
             PlainTree::makePlanNodeListTree(nodes);
