@@ -51,10 +51,66 @@ void Caller::requireRead(const Ownership& what) const
     if (right == QLatin1String("all") || (right == QLatin1String("own") && what.users.contains(m_userId))) {
         return;
     }
+    refuse("read", what.projectId, what.category);
+}
+
+void Caller::requireCreate(const QString& projectId, const QString& category) const
+{
+    if (!m_mayEverything && !rightsIn(projectId, category).create) {
+        refuse("create", projectId, category);
+    }
+}
+
+void Caller::requireEdit(const QString& projectId, const QString& category) const
+{
+    if (!m_mayEverything && !rightsIn(projectId, category).edit) {
+        refuse("edit", projectId, category);
+    }
+}
+
+void Caller::requireDelete(const QString& projectId, const QString& category) const
+{
+    if (!m_mayEverything && !rightsIn(projectId, category).remove) {
+        refuse("delete", projectId, category);
+    }
+}
+
+Visibility Caller::visibilityIn(const QString& projectId) const
+{
+    Visibility visible;
+    visible.user = m_userId;
+    if (m_mayEverything) {
+        visible.elsewhere = ReadScope::All;
+        return visible;
+    }
+    bool something = false;
+    for (const RightsRecord& rights : m_rights) {
+        if (rights.projectId != projectId) {
+            continue;
+        }
+        const ReadScope scope =
+            rights.read == QLatin1String("all")
+                ? ReadScope::All
+                : (rights.read == QLatin1String("own") ? ReadScope::Own : ReadScope::None);
+        something = something || scope != ReadScope::None;
+        if (rights.category.isEmpty()) {
+            visible.elsewhere = scope;
+        } else {
+            visible.categories.insert(rights.category, scope);
+        }
+    }
+    if (!something) {
+        refuse("read", projectId, QString());
+    }
+    return visible;
+}
+
+void Caller::refuse(const char* right, const QString& projectId, const QString& category) const
+{
     throw ApiError(403, QStringLiteral("rightMissing"),
-                   QStringLiteral("user '%1' has no right 'read' for this in project '%2', category '%3'")
-                       .arg(m_userId, what.projectId, what.category),
-                   QStringLiteral("read"));
+                   QStringLiteral("user '%1' has no right '%2' for this in project '%3', category '%4'")
+                       .arg(m_userId, QLatin1String(right), projectId, category),
+                   QLatin1String(right));
 }
 
 RightsRecord Caller::rightsIn(const QString& projectId, const QString& category) const

@@ -20,9 +20,17 @@ public:
     /// Throws ApiError 403 naming right and project unless the caller may read everything there, or reads
     /// only their own and is among the owners.
     void requireRead(const Ownership& what) const;
+    /// Throw ApiError 403 naming right and project unless the caller may do this there.
+    void requireCreate(const QString& projectId, const QString& category) const;
+    void requireEdit(const QString& projectId, const QString& category) const;
+    void requireDelete(const QString& projectId, const QString& category) const;
+
+    /// What the caller may see of a project's lists. Throws ApiError 403 when that is nothing at all.
+    Visibility visibilityIn(const QString& projectId) const;
 
 private:
     Caller() = default;
+    [[noreturn]] void refuse(const char* right, const QString& projectId, const QString& category) const;
     RightsRecord rightsIn(const QString& projectId, const QString& category) const;
 
     bool m_mayEverything = false;

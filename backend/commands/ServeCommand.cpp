@@ -36,7 +36,7 @@ void addServeOptions(Options& options)
                 QStringLiteral("Append the access log to this file instead of stderr."),
                 QStringLiteral("FILE"));
     options.add(QStringLiteral("max-body"), QStringLiteral("Largest request body in bytes."),
-                QStringLiteral("N"), QStringLiteral("16777216"));
+                QStringLiteral("N"), QStringLiteral("268435456"));
     options.add(QStringLiteral("reply-memory"),
                 QStringLiteral("MiB that replies with whole plans may take together; further ones wait."),
                 QStringLiteral("N"), QStringLiteral("2048"));

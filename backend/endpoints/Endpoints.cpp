@@ -7,6 +7,11 @@ const std::vector<Route>& serviceRoutes()
     static const std::vector<Route> routes{
         {"GET", "/health", getHealth, NeedsToken::No},
         {"GET", "/task-service/plans/{planId}", getPlan, NeedsToken::Yes, ReplySize::Large},
+        {"PUT", "/task-service/plans/{planId}", putPlan, NeedsToken::Yes, ReplySize::Large},
+        {"DELETE", "/task-service/plans/{planId}", deletePlan},
+        {"POST", "/task-service/plans", postPlan, NeedsToken::Yes, ReplySize::Large},
+        {"PUT", "/task-service/plans/{planId}/copy", copyPlan, NeedsToken::Yes, ReplySize::Large},
+        {"GET", "/task-service/projects/{projectId}/plans", getPlans, NeedsToken::Yes, ReplySize::Large},
         {"GET", "/task-service/planNodes/{planNodeId}", getPlanNode},
         {"GET", "/user-service/settings/{key}", getUserSetting},
         {"PUT", "/user-service/settings/{key}", putUserSetting},

@@ -9,6 +9,11 @@ const std::vector<Route>& serviceRoutes();
 
 Reply getHealth(const Call& call);
 Reply getPlan(const Call& call);
+Reply getPlans(const Call& call);
+Reply postPlan(const Call& call);
+Reply putPlan(const Call& call);
+Reply copyPlan(const Call& call);
+Reply deletePlan(const Call& call);
 Reply getPlanNode(const Call& call);
 Reply getUserSetting(const Call& call);
 Reply putUserSetting(const Call& call);

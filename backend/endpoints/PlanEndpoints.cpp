@@ -1,24 +1,35 @@
 #include "../access/Caller.h"
+#include "../records/FieldReader.h"
 #include "../store/Store.h"
 #include "Endpoints.h"
+#include "PlanReply.h"
 
 namespace PlanService {
 
-namespace {
-
 ApiError noSuchPlan(const QString& id)
 {
-    return {404, QStringLiteral("planNotFound"), QStringLiteral("there is no plan '%1'").arg(id),
+    return {404, QStringLiteral("planNotFound"), QStringLiteral("there is no plan '%1'").arg(shortened(id)),
             QStringLiteral("planId")};
 }
 
+namespace {
+
 ApiError noSuchPlanNode(const QString& id)
 {
-    return {404, QStringLiteral("planNodeNotFound"), QStringLiteral("there is no plan node '%1'").arg(id),
-            QStringLiteral("planNodeId")};
+    return {404, QStringLiteral("planNodeNotFound"),
+            QStringLiteral("there is no plan node '%1'").arg(shortened(id)), QStringLiteral("planNodeId")};
 }
 
 } // namespace
+
+Reply planReply(const Call& call, const QString& id)
+{
+    const JsonPieces json = call.store.planJson(id);
+    if (json.isEmpty()) {
+        throw noSuchPlan(id); // it went between the two looks
+    }
+    return {200, json, {}, {}};
+}
 
 Reply getPlan(const Call& call)
 {
@@ -28,11 +39,7 @@ Reply getPlan(const Call& call)
         throw noSuchPlan(id);
     }
     call.caller.requireRead(*plan);
-    const JsonPieces json = call.store.planJson(id);
-    if (json.isEmpty()) {
-        throw noSuchPlan(id); // it went between the two looks
-    }
-    return {200, json, {}, {}};
+    return planReply(call, id);
 }
 
 Reply getPlanNode(const Call& call)

@@ -69,6 +69,8 @@ QByteArray reasonPhrase(int status)
     switch (status) {
     case 200:
         return "OK";
+    case 204:
+        return "No Content";
     case 400:
         return "Bad Request";
     case 401:
@@ -217,7 +219,9 @@ private:
         auto response = request.create_response(restinio::http_status_line_t{
             restinio::http_status_code_t{static_cast<std::uint16_t>(reply.status)},
             reasonPhrase(reply.status).toStdString()});
-        response.append_header(restinio::http_field::content_type, "application/json; charset=utf-8");
+        if (reply.status != 204) {
+            response.append_header(restinio::http_field::content_type, "application/json; charset=utf-8");
+        }
         response.append_header_date_field();
         for (const auto& extra : qAsConst(reply.headers)) {
             response.append_header(extra.first.toStdString(), extra.second.toStdString());

@@ -43,6 +43,23 @@ bool Call::queryFlag(const char* name) const
     return value == QLatin1String("true");
 }
 
+int Call::queryNumber(const char* name, int missing) const
+{
+    const auto found = query.constFind(QLatin1String(name));
+    if (found == query.constEnd()) {
+        return missing;
+    }
+    bool isNumber = false;
+    const int number = found->toInt(&isNumber);
+    if (!isNumber || number < 0) {
+        throw ApiError(400, QStringLiteral("badParameter"),
+                       QStringLiteral("'%1' has to be a whole number from 0 on, not '%2'")
+                           .arg(QLatin1String(name), found->left(40)),
+                       QLatin1String(name));
+    }
+    return number;
+}
+
 QJsonObject Call::bodyObject(int limit) const
 {
     if (request.body.size() > limit) {

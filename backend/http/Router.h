@@ -34,6 +34,8 @@ struct Call
     QString parameter(const char* name) const { return parameters.value(QLatin1String(name)); }
     /// "true" or "false"; false when the parameter is missing. Throws ApiError 400 for anything else.
     bool queryFlag(const char* name) const;
+    /// A whole number from 0 to 2147483647. Throws ApiError 400 for anything else.
+    int queryNumber(const char* name, int missing) const;
     /// The body as a JSON object. Throws ApiError 400 when it is something else, 413 when it is larger than
     /// @p limit.
     QJsonObject bodyObject(int limit) const;

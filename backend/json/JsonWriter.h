@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QLocale>
 #include <QString>
 #include <QStringList>
 
@@ -44,7 +45,7 @@ public:
     JsonWriter& real(double value)
     {
         separate();
-        m_text.append(QByteArray::number(value, 'g', 15));
+        m_text.append(QByteArray::number(value, 'g', QLocale::FloatingPointShortest));
         return *this;
     }
     JsonWriter& flag(bool value)

@@ -79,6 +79,17 @@ Migration userSettings()
                   " PRIMARY KEY (userId, settingKey)) WITHOUT ROWID")}};
 }
 
+/// Pages of plans in their order, with and without a category; searches by change; free names for copies.
+Migration planLists()
+{
+    return {4,
+            {text("DROP INDEX plansByProject"),
+             text("CREATE INDEX plansByCreation ON plans(projectId, createdAt, id)"),
+             text("CREATE INDEX plansByCategory ON plans(projectId, category, createdAt, id)"),
+             text("CREATE INDEX plansByChange ON plans(projectId, updatedAt)"),
+             text("CREATE INDEX plansByName ON plans(projectId, name)")}};
+}
+
 int versionOf(SqliteDatabase& database)
 {
     return database.value(QStringLiteral("PRAGMA user_version")).toInt();
@@ -107,7 +118,7 @@ void apply(SqliteDatabase& database, const Migration& step)
 
 const QList<Migration>& migrations()
 {
-    static const QList<Migration> steps{plansAndNodes(), tokensAndRights(), userSettings()};
+    static const QList<Migration> steps{plansAndNodes(), tokensAndRights(), userSettings(), planLists()};
     return steps;
 }
 

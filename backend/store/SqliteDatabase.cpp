@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <QSqlDriver>
 #include <QtEndian>
 
 #include <atomic>
@@ -33,6 +34,9 @@ SqliteDatabase::SqliteDatabase(const QString& path)
         throw StoreError(QStringLiteral("cannot open database '%1': %2; check the path and its permissions")
                              .arg(path, reason.simplified()));
     }
+    // The driver and this program use the one SQLite library of the system.
+    const QVariant handle = m_database.driver()->handle();
+    m_patterns.addTo(*static_cast<sqlite3* const*>(handle.constData()));
 }
 
 SqliteDatabase::~SqliteDatabase()
@@ -72,6 +76,34 @@ QSqlQuery& SqliteDatabase::run(const QString& sql, const QVariantList& parameter
         fail(error);
     }
     return *statement;
+}
+
+QSqlQuery SqliteDatabase::runOnce(const QString& sql, const QVariantList& parameters)
+{
+    QSqlQuery query(m_database);
+    query.setForwardOnly(true);
+    if (!query.prepare(sql)) {
+        fail(query.lastError());
+    }
+    for (int i = 0; i < parameters.size(); ++i) {
+        query.bindValue(i, parameters.at(i));
+    }
+    m_patterns.restart();
+    if (!query.exec()) {
+        fail(query.lastError());
+    }
+    return query;
+}
+
+bool SqliteDatabase::next(QSqlQuery& rows) const
+{
+    if (rows.next()) {
+        return true;
+    }
+    if (rows.lastError().isValid()) {
+        fail(rows.lastError());
+    }
+    return false;
 }
 
 QVariant SqliteDatabase::value(const QString& sql, const QVariantList& parameters)
@@ -114,6 +146,9 @@ void SqliteDatabase::fail(const QSqlError& error) const
     // The low byte is SQLite's primary code, 5 is SQLITE_BUSY.
     if ((error.nativeErrorCode().toInt() & 0xFF) == 5) {
         throw StoreBusy(message);
+    }
+    if (message.contains(QLatin1String(SqlitePatterns::tooSlowMessage))) {
+        throw StoreTooSlow(message);
     }
     throw StoreError(message);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OpenStore.h"
+#include "SqlitePatterns.h"
 
 #include <QHash>
 #include <QSqlDatabase>
@@ -28,6 +29,11 @@ public:
     /// A prepared statement with its parameters bound and run; the same text is prepared once a connection.
     /// The reference stays good until the same text is run again; finish() it once it has been read.
     QSqlQuery& run(const QString& sql, const QVariantList& parameters = {});
+    /// The same for text that is unlikely to come again, which would fill the memory with statements. Read
+    /// the rows with next().
+    QSqlQuery runOnce(const QString& sql, const QVariantList& parameters);
+    /// Steps to the next row; false after the last. Throws StoreError, StoreTooSlow.
+    bool next(QSqlQuery& rows) const;
     /// First column of the first row; invalid when there is no row.
     QVariant value(const QString& sql, const QVariantList& parameters = {});
 
@@ -42,6 +48,7 @@ private:
     [[noreturn]] void fail(const QSqlError& error) const;
 
     QString m_path;
+    SqlitePatterns m_patterns;
     QString m_connectionName;
     QSqlDatabase m_database;
     QHash<QString, std::shared_ptr<QSqlQuery>> m_statements;

@@ -29,11 +29,6 @@ QString sql(const char* text)
     "         WHERE c.planId = n.planId AND c.parentTaskId = n.uniqueId AND c.id <> n.id)"                   \
     "    THEN ',\"summary\":true,' ELSE ',\"summary\":false,' END"
 
-QVariant dateOrNull(const QString& date)
-{
-    return date.isEmpty() ? QVariant(QVariant::String) : QVariant(date);
-}
-
 } // namespace
 
 std::optional<Ownership> SqliteStore::planOwnership(const QString& planId)
@@ -144,39 +139,51 @@ JsonPieces SqliteStore::planNodeJson(const QString& planNodeId, bool withDocumen
     return node.isValid() ? JsonPieces{node.toByteArray()} : JsonPieces();
 }
 
-void SqliteStore::insertPlan(const PlanRecord& plan)
+std::optional<PlanRecord> SqliteStore::plan(const QString& planId)
 {
-    m_database
-        ->run(
-            sql("INSERT INTO plans (id, projectId, category, name, createdAt, updatedAt, createdBy, document)"
-                " VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),
-            {plan.id, orEmpty(plan.projectId), orEmpty(plan.category), orEmpty(plan.name),
-             dateOrNull(plan.createdAt), dateOrNull(plan.updatedAt), orEmpty(plan.createdBy),
-             QString::fromUtf8(plan.document)})
-        .finish();
+    QSqlQuery& row = m_database->run(sql("SELECT projectId, category, name, createdAt, updatedAt, createdBy,"
+                                         " CAST(document AS BLOB) FROM plans WHERE id = ?"),
+                                     {planId});
+    std::optional<PlanRecord> plan;
+    if (row.next()) {
+        plan = PlanRecord{planId,
+                          row.value(0).toString(),
+                          row.value(1).toString(),
+                          row.value(2).toString(),
+                          row.value(3).toString(),
+                          row.value(4).toString(),
+                          row.value(5).toString(),
+                          row.value(6).toByteArray()};
+    }
+    row.finish();
+    return plan;
 }
 
-void SqliteStore::insertPlanNode(const PlanNodeRecord& node)
+bool SqliteStore::hasPlanNamed(const QString& projectId, const QString& name)
 {
-    m_database
-        ->run(sql("INSERT INTO planNodes (id, planId, projectId, category, name, rowNumber, uniqueId,"
-                  " parentTaskId, startDate, finishDate, actualStartDate, actualFinishDate,"
-                  " createdAt, updatedAt, createdBy, document)"
-                  " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-              {node.id, node.planId, orEmpty(node.projectId), orEmpty(node.category), orEmpty(node.name),
-               node.rowNumber, node.uniqueId, node.parentTaskId, dateOrNull(node.startDate),
-               dateOrNull(node.finishDate), dateOrNull(node.actualStartDate),
-               dateOrNull(node.actualFinishDate), dateOrNull(node.createdAt), dateOrNull(node.updatedAt),
-               orEmpty(node.createdBy), QString::fromUtf8(node.document)})
-        .finish();
+    return m_database
+        ->value(sql("SELECT EXISTS (SELECT 1 FROM plans WHERE projectId = ? AND name = ?)"),
+                {projectId, orEmpty(name)})
+        .toBool();
 }
 
-void SqliteStore::insertDocument(const DocumentRecord& document)
+std::optional<PlanNodeRecord> SqliteStore::planNode(const QString& planNodeId)
 {
-    m_database
-        ->run(sql("INSERT INTO documents (id, projectId, document) VALUES (?, ?, ?)"),
-              {document.id, orEmpty(document.projectId), QString::fromUtf8(document.document)})
-        .finish();
+    QSqlQuery& row = m_database->run(sql("SELECT planId, createdAt, createdBy, updatedAt,"
+                                         " CAST(document AS BLOB) FROM planNodes WHERE id = ?"),
+                                     {planNodeId});
+    std::optional<PlanNodeRecord> node;
+    if (row.next()) {
+        node = PlanNodeRecord();
+        node->id = planNodeId;
+        node->planId = row.value(0).toString();
+        node->createdAt = row.value(1).toString();
+        node->createdBy = row.value(2).toString();
+        node->updatedAt = row.value(3).toString();
+        node->document = row.value(4).toByteArray();
+    }
+    row.finish();
+    return node;
 }
 
 } // namespace PlanService

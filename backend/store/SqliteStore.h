@@ -16,8 +16,13 @@ public:
     std::optional<Ownership> planOwnership(const QString& planId) override;
     JsonPieces planJson(const QString& planId) override;
     int planNodeCount(const QString& planId) override;
+    std::optional<PlanRecord> plan(const QString& planId) override;
+    bool hasPlanNamed(const QString& projectId, const QString& name) override;
+    JsonPieces planListJson(const PlanQuery& query) override;
+    int planCount(const PlanQuery& query) override;
     std::optional<Ownership> planNodeOwnership(const QString& planNodeId) override;
     JsonPieces planNodeJson(const QString& planNodeId, bool withDocuments) override;
+    std::optional<PlanNodeRecord> planNode(const QString& planNodeId) override;
 
     bool hasTokens() override;
     std::optional<TokenRecord> tokenByHash(const QByteArray& hash) override;
@@ -33,6 +38,11 @@ public:
     void insertPlan(const PlanRecord& plan) override;
     void insertPlanNode(const PlanNodeRecord& node) override;
     void insertDocument(const DocumentRecord& document) override;
+    void updatePlan(const PlanRecord& plan) override;
+    void updatePlanNode(const PlanNodeRecord& node) override;
+    void keepPlanNodes(const QString& planId, const QStringList& ids) override;
+    void copyPlanNodes(const QString& fromPlanId, const PlanRecord& plan, const QString& idPrefix) override;
+    bool removePlan(const QString& planId) override;
 
     void begin() override;
     void commit() override;

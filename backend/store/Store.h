@@ -1,11 +1,14 @@
 #pragma once
 
 #include "../Failure.h"
+#include "../filters/Filter.h"
 
 #include <QByteArray>
 #include <QList>
+#include <QMap>
 #include <QString>
 #include <QStringList>
+#include <QVector>
 
 #include <memory>
 #include <optional>
@@ -21,6 +24,13 @@ public:
 
 /// Another process holds the database for longer than one waits; the same call may succeed later.
 class StoreBusy : public StoreError
+{
+public:
+    using StoreError::StoreError;
+};
+
+/// A search did not end in the time that one may take.
+class StoreTooSlow : public StoreError
 {
 public:
     using StoreError::StoreError;
@@ -77,6 +87,32 @@ struct Ownership
     QStringList users; ///< everybody who counts as "own": the creator, and for nodes all users named on it
 };
 
+enum class ReadScope
+{
+    None,
+    Own, ///< what the user created
+    All,
+};
+
+/// What a user may see in the lists of one project.
+struct Visibility
+{
+    QString user;
+    QMap<QString, ReadScope> categories; ///< those with rights of their own
+    ReadScope elsewhere = ReadScope::None;
+};
+
+/// Asks for plans of one project, in the order of their creation and, within the same instant, their ids.
+struct PlanQuery
+{
+    QString projectId;
+    std::optional<QString> category; ///< nothing: every category
+    Visibility visible;
+    Filter where;
+    int skip = 0;
+    int limit = -1; ///< -1: all
+};
+
 /// A bearer token as the store knows it; the token itself is stored nowhere.
 struct TokenRecord
 {
@@ -122,12 +158,22 @@ public:
     /// @return an empty list when there is no such plan.
     virtual JsonPieces planJson(const QString& planId) = 0;
     virtual int planNodeCount(const QString& planId) = 0;
+    /// @return nothing when there is no such plan.
+    virtual std::optional<PlanRecord> plan(const QString& planId) = 0;
+    virtual bool hasPlanNamed(const QString& projectId, const QString& name) = 0;
+    /// The plans as a JSON array, without their nodes, read from one snapshot. Throws StoreTooSlow.
+    virtual JsonPieces planListJson(const PlanQuery& query) = 0;
+    /// How many plans there are; skip and limit do not count. Throws StoreTooSlow.
+    virtual int planCount(const PlanQuery& query) = 0;
 
     /// @return nothing when there is no such node.
     virtual std::optional<Ownership> planNodeOwnership(const QString& planNodeId) = 0;
     /// @param withDocuments embeds the documents that "documentIds" names, in that order, under "documents".
     /// @return an empty list when there is no such node.
     virtual JsonPieces planNodeJson(const QString& planNodeId, bool withDocuments) = 0;
+    /// The node as far as a new version of it is compared with it: id, plan, stamps, document.
+    /// @return nothing when there is no such node.
+    virtual std::optional<PlanNodeRecord> planNode(const QString& planNodeId) = 0;
 
     /// True as soon as a token was ever created, revoked ones included: revoking the last must not open the
     /// service.
@@ -150,6 +196,19 @@ public:
     virtual void insertPlan(const PlanRecord& plan) = 0;
     virtual void insertPlanNode(const PlanNodeRecord& node) = 0;
     virtual void insertDocument(const DocumentRecord& document) = 0;
+
+    /// Writes every field of the plan that has this id.
+    virtual void updatePlan(const PlanRecord& plan) = 0;
+    /// Writes every field of the node that has this id.
+    virtual void updatePlanNode(const PlanNodeRecord& node) = 0;
+    /// Removes the plan's nodes whose ids are not among @p ids.
+    virtual void keepPlanNodes(const QString& planId, const QStringList& ids) = 0;
+    /// Copies the nodes of @p fromPlanId into @p plan: with ids made of @p idPrefix and 8 hex digits in row
+    /// order, without GUIDs of their own, and with the plan's stamp. Numbers inside the plan stay.
+    virtual void copyPlanNodes(const QString& fromPlanId, const PlanRecord& plan,
+                               const QString& idPrefix) = 0;
+    /// Removes the plan and its nodes. @return false when there is no such plan.
+    virtual bool removePlan(const QString& planId) = 0;
 
     /// What is written between begin and commit becomes visible at once or, after rollback or a crash, not at
     /// all.

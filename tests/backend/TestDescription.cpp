@@ -52,6 +52,13 @@ private:
         return QJsonDocument::fromJson(RawHttp(m_service.port()).get(target).body).object();
     }
 
+    QByteArray copyOfThePlan()
+    {
+        const RawReply copy =
+            RawHttp(m_service.port()).request("PUT", "/task-service/plans/" + m_plan + "/copy", "{}");
+        return QJsonDocument::fromJson(copy.body).object().value("_id"_s).toString().toLatin1();
+    }
+
     /// Every key of the objects is described with its type, and every described property occurs.
     void compare(const QString& schema, const QJsonArray& objects)
     {
@@ -96,17 +103,21 @@ private Q_SLOTS:
         const QStringList operations = m_description.operations();
         for (const QString& operation : operations) {
             QByteArray path = operation.section(QLatin1Char(' '), 1).toLatin1();
-            path.replace("{planId}", m_plan)
+            const QByteArray method = operation.section(QLatin1Char(' '), 0, 0).toLatin1();
+            path.replace("{planId}", method == "DELETE" ? copyOfThePlan() : m_plan)
+                .replace("{projectId}", "sample-project")
                 .replace("{planNodeId}", m_plan.left(16) + "00000001")
                 .replace("{key}", "k");
             QVERIFY2(!path.contains('{'), path.constData());
-            const QByteArray method = operation.section(QLatin1Char(' '), 0, 0).toLatin1();
             const RawReply reply =
                 RawHttp(m_service.port())
-                    .request(method, path, method == "GET" ? QByteArray() : "{\"value\":1}");
-            QCOMPARE(reply.status, 200);
+                    .request(method, path,
+                             method == "GET" ? QByteArray()
+                                             : "{\"value\":1,\"projectId\":\"sample-project\"}");
+            QCOMPARE(reply.status, method == "DELETE" ? 204 : 200);
             const QStringList statuses = m_description.statuses(operation);
-            QVERIFY(statuses.contains("200"_s) && statuses.contains("500"_s) && statuses.contains("503"_s));
+            QVERIFY(statuses.contains(QString::number(reply.status)));
+            QVERIFY(statuses.contains("500"_s) && statuses.contains("503"_s));
             QCOMPARE(statuses.contains("401"_s), operation != "GET /health"_s);
         }
     }
@@ -123,6 +134,7 @@ private Q_SLOTS:
         nodes.append(expanded);
         compare("PlanNode"_s, nodes);
         compare("Document"_s, expanded.value("documents"_s).toArray());
+        compare("PlanCount"_s, {get("/task-service/projects/sample-project/plans?only_count=true")});
         compare("Error"_s, {get("/elsewhere")});
         QJsonArray predecessors;
         QJsonArray lags;

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "../http/Router.h"
+
+namespace PlanService {
+
+/// What the endpoints of plans share.
+
+ApiError noSuchPlan(const QString& id);
+/// The plan as it stands now with its nodes. Throws ApiError 404.
+Reply planReply(const Call& call, const QString& id);
+
+} // namespace PlanService

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "../json/JsonSlices.h"
+#include "../store/Store.h"
+
+#include <QJsonObject>
+
+namespace PlanService {
+
+constexpr int mostNodes = 100000; ///< in one request
+
+/// A plan as a client sends it: the nodes under "projectData", everything else beside them.
+struct PlanInput
+{
+    QJsonObject plan; ///< without "projectData"
+    bool hasNodes = false;
+    QByteArray text;          ///< of the whole body; nodes are parsed one by one
+    QVector<JsonSlice> nodes; ///< in text
+};
+
+/// Throws ApiError: 400 when the body is no JSON object or "projectData" no list, 413 for too many nodes.
+PlanInput readPlanInput(const QByteArray& body);
+
+/// Who wrote a record when.
+struct Stamp
+{
+    QString createdAt;
+    QString createdBy;
+    QString updatedAt;
+    QString updatedBy;
+};
+
+/// A plan that does not exist yet, with an id of its own. Throws ApiError 400.
+PlanRecord newPlan(const QJsonObject& input, const QString& user);
+
+/// The plan with what @p input holds put in the place of what it had, key by key. Keys that a client cannot
+/// set are passed over. Nothing else changes, not even the stamp, when no value differs. Throws ApiError 400.
+PlanRecord changedPlan(const PlanRecord& plan, const QJsonObject& input, const QString& user);
+
+/// The same plan with what it stands for elsewhere in the document: id, name and stamp.
+PlanRecord copiedPlan(const PlanRecord& plan, const QString& name, const QString& user);
+
+/// 24 hex digits.
+QString newPlanId();
+
+} // namespace PlanService
