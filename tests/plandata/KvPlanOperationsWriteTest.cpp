@@ -199,13 +199,17 @@ void KvPlanOperationsWriteTest::copiedPlanIsCachedUnderItsOwnId()
 {
     readPlan(p1, one);
     m_server.enqueue(Reply::json(record(p2, two)));
-    KvPlan plan;
-    plan.id = p1;
-    QVERIFY(data().copyPlanById(plan.id, plan)); // the id may be the record's own
+    KvPlan plan = fullPlan();
+    QVERIFY(data().copyPlanById(p1, plan));
     QCOMPARE(targets(), QByteArrayList{"PUT /task-service/plans/p1/copy"});
     QCOMPARE(plan.id, p2);
     QCOMPARE(data().getPlanName(p1), one);
     QCOMPARE(data().getPlanName(p2), two);
+
+    m_server.enqueue(Reply::json(record(p3, changed)));
+    QVERIFY(data().copyPlanById(plan.id, plan)); // the id may be the record's own
+    QCOMPARE(m_server.lastRequest().target, QByteArray("/task-service/plans/p2/copy"));
+    QCOMPARE(data().getAllPlanNames(), (QStringList{one, two, changed}));
 }
 
 void KvPlanOperationsWriteTest::failedCopyCachesNothing()
