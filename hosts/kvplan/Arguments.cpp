@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr int longestToken = 16 * 1024;
+constexpr int longestToken = 16 * 1024; // bytes, with the line end
 
 bool isToken(const QByteArray& text)
 {
@@ -207,18 +207,19 @@ bool Arguments::configureToken()
 {
     if (!isSet("token-file"))
         return isToken(qgetenv("KV_ACCESS_TOKEN").trimmed()) ||
-               refuse(QStringLiteral("KV_ACCESS_TOKEN has characters that no token has"));
+               refuse(QStringLiteral("KV_ACCESS_TOKEN holds a token that cannot be one"));
     QFile file(value("token-file"));
     if (!file.open(QIODevice::ReadOnly))
         return refuse(
             QStringLiteral("cannot read the token file \"%1\": %2").arg(file.fileName(), file.errorString()));
-    const QByteArray token = file.readLine(longestToken).trimmed();
+    const QByteArray firstLine = file.readLine(longestToken);
+    const bool isWhole = firstLine.endsWith('\n') || file.atEnd();
+    const QByteArray token = firstLine.trimmed();
     if (token.isEmpty())
         return refuse(QStringLiteral("the token file \"%1\" has an empty first line").arg(file.fileName()));
-    if (!isToken(token))
+    if (!isWhole || !isToken(token))
         return refuse(
-            QStringLiteral("the first line of the token file \"%1\" has characters that no token has")
-                .arg(file.fileName()));
+            QStringLiteral("the token file \"%1\" holds a token that cannot be one").arg(file.fileName()));
     NetworkManager::instance().setAccessToken(QString::fromLatin1(token));
     return true;
 }

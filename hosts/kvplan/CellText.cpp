@@ -51,7 +51,7 @@ bool isControl(uint character)
 {
     const QChar::Category category = QChar::category(character);
     return category == QChar::Other_Control || category == QChar::Separator_Line ||
-           category == QChar::Separator_Paragraph || category == QChar::Other_Surrogate;
+           category == QChar::Separator_Paragraph;
 }
 
 bool turnsWriting(uint character)

@@ -86,6 +86,7 @@ int faultOffset(const QJsonParseError& error, int size)
     switch (error.error) {
     case QJsonParseError::GarbageAtEnd:
     case QJsonParseError::IllegalEscapeSequence:
+    case QJsonParseError::IllegalNumber:
     case QJsonParseError::IllegalUTF8String:
     case QJsonParseError::TerminationByNumber:
         return error.offset;
@@ -126,11 +127,14 @@ bool parse(const QByteArray& content, QJsonObject& schedule, QStringList& proble
         return false;
     }
     schedule = document.object();
-    if (!document.isObject() || !schedule.value(QLatin1String("AllTasks")).isArray()) {
-        problems.append(QStringLiteral("there is no list \"AllTasks\" in it; is this a schedule file?"));
-        return false;
-    }
-    return true;
+    if (schedule.value(QLatin1String("AllTasks")).isArray())
+        return true;
+    problems.append(
+        schedule.contains(QLatin1String("AllPlanNodes"))
+            ? QStringLiteral("it holds \"AllPlanNodes\", as an exported plan does; a schedule file to import "
+                             "has \"AllTasks\"")
+            : QStringLiteral("there is no list \"AllTasks\" in it; is this a schedule file?"));
+    return false;
 }
 
 // Entries that are no objects are told, and left out of the further checks.

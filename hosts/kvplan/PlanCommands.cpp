@@ -204,6 +204,7 @@ int runRename(const QStringList& arguments)
     KvPlan plan;
     if (!session.readPlan(line.positional(0), plan))
         return RequestFailed;
+    plan.id = line.positional(0); // the library compares with what it read under that identifier
     plan.name = line.positional(1);
     if (!KvPlanData::instance()->updatePlan(plan)) {
         complain(session.failure(QStringLiteral("rename the plan \"%1\"").arg(line.positional(0))));

@@ -7,6 +7,8 @@
 #include <KvNetwork/NetworkManager.h>
 #include <plandata/KvPlanData.h>
 
+#include <QtCore/QUrl>
+
 namespace {
 
 // What the network library cannot know: where this program takes its settings from.
@@ -73,15 +75,12 @@ bool Session::readPlan(const QString& id, KvPlan& plan) const
 
 QString withoutSecrets(const QString& address)
 {
-    QString shown = address;
-    for (const char mark : {'?', '#'}) {
-        const int at = shown.indexOf(QLatin1Char(mark));
-        if (at >= 0)
-            shown.truncate(at);
-    }
-    // An address that is no URL may hold a password all the same, so it is taken apart as text.
-    const int host = shown.indexOf(QLatin1String("//")) + 2;
-    const int slash = shown.indexOf(QLatin1Char('/'), host);
-    const int user = shown.lastIndexOf(QLatin1Char('@'), slash < 0 ? -1 : slash);
-    return user < host ? shown : shown.remove(host, user + 1 - host);
+    const QUrl url(address);
+    if (url.isValid())
+        return url.adjusted(QUrl::RemoveUserInfo | QUrl::RemoveQuery | QUrl::RemoveFragment).toString();
+    // What is no URL may hold a password all the same. It ends at the last "@" at most.
+    QString shown = address.section(QLatin1Char('?'), 0, 0).section(QLatin1Char('#'), 0, 0);
+    const int begin = shown.indexOf(QLatin1String("//")) + 2;
+    const int end = shown.lastIndexOf(QLatin1Char('@')) + 1;
+    return begin < end ? shown.remove(begin, end - begin) : shown;
 }

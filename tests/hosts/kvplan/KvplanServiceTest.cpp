@@ -1,0 +1,182 @@
+// kvplan on the real service: what it shows is what the service holds, and refusals name their cause.
+
+#include "KvplanProcess.h"
+
+#include <ServiceProcess.h>
+
+#include <QtCore/QJsonDocument>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QtTest>
+
+using KvTest::Kvplan;
+using KvTest::KvplanRun;
+using KvTest::ServiceProcess;
+
+class KvplanServiceTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    ServiceProcess m_service;
+    QJsonObject m_seeded;
+    QJsonObject m_sample;
+    QString m_planId;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_seeded = m_service.seed();
+        QVERIFY2(!m_seeded.isEmpty(), qPrintable(m_service.failure()));
+        m_planId = m_seeded.value(QLatin1String("planId")).toString();
+        // The same plan as the service would send it, told without a database.
+        m_sample = QJsonDocument::fromJson(ServiceProcess::run({QStringLiteral("sample")}).output).object();
+        QCOMPARE(m_sample.value(QLatin1String("_id")).toString(), m_planId);
+        QVERIFY2(m_service.start(), qPrintable(m_service.failure()));
+    }
+
+    void showAsJsonHoldsThePlan()
+    {
+        const KvplanRun run =
+            Kvplan(m_service.baseUrl()).run({QStringLiteral("show"), m_planId, QStringLiteral("--json")});
+        QCOMPARE(run.error(), QString());
+        QCOMPARE(run.exitCode, 0);
+        const QJsonObject plan = run.object();
+        QCOMPARE(plan.value(QLatin1String("id")).toString(), m_planId);
+        for (const QString& key :
+             {QStringLiteral("name"), QStringLiteral("category"), QStringLiteral("projectId"),
+              QStringLiteral("createdBy"), QStringLiteral("updatedBy")})
+            QCOMPARE(plan.value(key), m_sample.value(key));
+        const QJsonArray nodes = plan.value(QLatin1String("planNodes")).toArray();
+        const QJsonArray tasks = m_sample.value(QLatin1String("tasks")).toArray();
+        QCOMPARE(nodes.size(), m_seeded.value(QLatin1String("nodes")).toInt());
+        QCOMPARE(nodes.size(), tasks.size());
+        const QList<QPair<QString, QString>> keys{
+            {QStringLiteral("id"), QStringLiteral("_id")},
+            {QStringLiteral("planNodeId"), QStringLiteral("id")},
+            {QStringLiteral("uniqueId"), QStringLiteral("uniqueId")},
+            {QStringLiteral("parentTaskId"), QStringLiteral("parentTaskID")},
+            {QStringLiteral("name"), QStringLiteral("name")},
+            {QStringLiteral("startDate"), QStringLiteral("startDate")},
+            {QStringLiteral("finishDate"), QStringLiteral("finishDate")},
+            {QStringLiteral("finishedPercentage"), QStringLiteral("finishedPercentage")},
+            {QStringLiteral("milestone"), QStringLiteral("milestone")},
+            {QStringLiteral("userIds"), QStringLiteral("userIds")},
+            {QStringLiteral("documentIds"), QStringLiteral("documentIds")},
+        };
+        for (int i = 0; i < nodes.size(); ++i) {
+            const QJsonObject node = nodes.at(i).toObject();
+            const QJsonObject task = tasks.at(i).toObject();
+            for (const auto& [ours, theirs] : keys)
+                QVERIFY2(node.value(ours) == task.value(theirs),
+                         qPrintable(QStringLiteral("%1 of %2").arg(ours).arg(i)));
+            QCOMPARE(node.value(QLatin1String("predecessors")).toArray().size(),
+                     task.value(QLatin1String("predecessors")).toArray().size());
+        }
+    }
+
+    void showAndTreeHaveEveryTask()
+    {
+        const int tasks = m_seeded.value(QLatin1String("nodes")).toInt();
+        const KvplanRun show = Kvplan(m_service.baseUrl()).run({QStringLiteral("show"), m_planId});
+        QCOMPARE(show.error(), QString());
+        QVERIFY(show.text().startsWith(m_seeded.value(QLatin1String("name")).toString() + QLatin1Char('\n')));
+        QVERIFY(show.text().contains(QStringLiteral("  tasks     %1\n").arg(tasks)));
+        QCOMPARE(show.output.count('\n'), tasks + 10);
+        const KvplanRun tree = Kvplan(m_service.baseUrl()).run({QStringLiteral("tree"), m_planId});
+        QCOMPARE(tree.error(), QString());
+        QCOMPARE(tree.output.count('\n'), tasks + 4);
+    }
+
+    void treeAsJsonHoldsEveryTask()
+    {
+        const KvplanRun run =
+            Kvplan(m_service.baseUrl()).run({QStringLiteral("tree"), m_planId, QStringLiteral("--json")});
+        QCOMPARE(run.exitCode, 0);
+        QList<QJsonArray> levels{run.array()};
+        int nodes = 0;
+        while (!levels.isEmpty()) {
+            const QJsonArray level = levels.takeLast();
+            for (const QJsonValue& value : level) {
+                const QJsonObject node = value.toObject();
+                ++nodes;
+                const QJsonArray children = node.value(QLatin1String("children")).toArray();
+                for (const QJsonValue& child : children)
+                    QCOMPARE(child.toObject().value(QLatin1String("parentTaskId")),
+                             node.value(QLatin1String("uniqueId")));
+                levels.append(children);
+            }
+        }
+        QCOMPARE(nodes, m_seeded.value(QLatin1String("nodes")).toInt());
+    }
+
+    void exportHoldsEveryTask()
+    {
+        QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("plan.json"));
+        const KvplanRun run = Kvplan(m_service.baseUrl()).run({QStringLiteral("export"), m_planId, path});
+        QCOMPARE(run.error(), QString());
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QJsonObject exported = QJsonDocument::fromJson(file.readAll()).object();
+        QCOMPARE(exported.value(QLatin1String("Name")), m_sample.value(QLatin1String("name")));
+        const QJsonArray nodes = exported.value(QLatin1String("AllPlanNodes")).toArray();
+        const QJsonArray tasks = m_sample.value(QLatin1String("tasks")).toArray();
+        QCOMPARE(nodes.size(), tasks.size());
+        for (int i = 0; i < nodes.size(); ++i)
+            QCOMPARE(nodes.at(i).toObject().value(QLatin1String("Name")),
+                     tasks.at(i).toObject().value(QLatin1String("name")));
+    }
+
+    void anUnknownPlan()
+    {
+        const KvplanRun run =
+            Kvplan(m_service.baseUrl()).run({QStringLiteral("show"), QStringLiteral("第2期")});
+        QCOMPARE(run.faultOfFailure(1), QString());
+        QVERIFY2(run.error().contains(QStringLiteral("cannot read the plan \"第2期\"")),
+                 qPrintable(run.error()));
+        QVERIFY2(run.error().contains(QStringLiteral("404")), qPrintable(run.error()));
+    }
+
+    // Last of all, for from the first token on everything needs one.
+    void tokensAndRights()
+    {
+        const QString project = m_seeded.value(QLatin1String("projectId")).toString();
+        const QByteArray reader =
+            m_service.createToken(QStringLiteral("ann"), project, QStringLiteral("read=all"));
+        const QByteArray stranger = m_service.createToken(QStringLiteral("eve"), QStringLiteral("elsewhere"),
+                                                          QStringLiteral("read=all"));
+        QVERIFY2(!reader.isEmpty() && !stranger.isEmpty(), qPrintable(m_service.failure()));
+        const QStringList show{QStringLiteral("show"), m_planId, QStringLiteral("--rows"),
+                               QStringLiteral("0")};
+
+        Kvplan kvplan(m_service.baseUrl());
+        const KvplanRun without = kvplan.run(show);
+        QCOMPARE(without.faultOfFailure(1), QString());
+        QVERIFY2(without.error().contains(QStringLiteral("the service answered 401")),
+                 qPrintable(without.error()));
+        QVERIFY2(without.error().contains(QStringLiteral("--token-file or KV_ACCESS_TOKEN")),
+                 qPrintable(without.error()));
+
+        kvplan.setEnvironment(QStringLiteral("KV_ACCESS_TOKEN"), QString::fromLatin1(stranger));
+        const KvplanRun forbidden = kvplan.run(show);
+        QCOMPARE(forbidden.faultOfFailure(1), QString());
+        QVERIFY2(forbidden.error().contains(QStringLiteral("the service answered 403")),
+                 qPrintable(forbidden.error()));
+        QVERIFY2(forbidden.error().contains(QStringLiteral("read")) && forbidden.error().contains(project),
+                 qPrintable(forbidden.error()));
+        QVERIFY(!forbidden.errors.contains(stranger));
+
+        QTemporaryDir folder;
+        QFile file(folder.filePath(QStringLiteral("token")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(reader + '\n');
+        file.close();
+        const KvplanRun allowed =
+            kvplan.run(show + QStringList{QStringLiteral("--token-file"), file.fileName()});
+        QCOMPARE(allowed.error(), QString());
+        QCOMPARE(allowed.exitCode, 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(KvplanServiceTest)
+#include "KvplanServiceTest.moc"
