@@ -60,7 +60,9 @@ Reply putUserSetting(const Call& call)
                        QStringLiteral("value"));
     }
     const QByteArray value = jsonText(body.value(QLatin1String("value")));
+    Transaction transaction(call.store);
     call.store.setUserSetting(call.caller.userId(), key, value);
+    transaction.commit();
     return settingReply(value);
 }
 

@@ -6,6 +6,8 @@
 #include "AccessLog.h"
 #include "ServiceSocket.h"
 
+#include <http_parser.h>
+
 #include <atomic>
 #include <csignal>
 #include <thread>
@@ -15,6 +17,8 @@ namespace PlanService {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+constexpr int longestLoggedPath = 2048;
 
 struct ServerTraits
     : restinio::traits_t<restinio::asio_timer_manager_t, ParserLog, restinio::default_request_handler_t,
@@ -119,6 +123,9 @@ public:
         , m_signals(m_context)
         , m_stopTimer(m_context)
     {
+        // The parser's own limit is on URL and headers together; those of ours are to be met first.
+        http_parser_set_max_header_size(static_cast<std::uint32_t>(
+            settings.largestTarget + settings.mostHeaderFields * settings.largestHeaderField));
         try {
             m_server.open_sync();
         } catch (const std::exception& error) {
@@ -202,7 +209,7 @@ private:
         AccessEntry entry;
         entry.remoteAddress = request.remoteAddress;
         entry.method = request.method;
-        entry.path = pathOf(request.target);
+        entry.path = pathOf(request.target).left(longestLoggedPath);
         ++m_atWork;
         m_handler(std::move(request), [this, handle, entry, started](Reply&& reply) {
             // Never from within this call: a reply that is out before the connection has taken note of its

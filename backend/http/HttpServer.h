@@ -19,7 +19,7 @@ struct HttpSettings
     quint16 port = 0; ///< 0: a free one
     int threads = 2;
     std::size_t mostConnections = 800;           ///< further clients wait to be accepted
-    std::size_t largestTarget = 32 * 1024;       ///< bytes of path and query; more is a 414
+    std::size_t largestTarget = 1024 * 1024;     ///< bytes of path and query; more is a 414
     std::size_t largestHeaderField = 8 * 1024;   ///< bytes of one name or value; more is a 431
     std::size_t mostHeaderFields = 100;          ///< more is a 431
     std::size_t largestBody = 256 * 1024 * 1024; ///< bytes; more is a 413

@@ -103,7 +103,7 @@ RouteMatch Router::match(const QByteArray& method, const QByteArray& target) con
         }
         allowed += (allowed.isEmpty() ? "" : ", ") + m_routes[i].method;
     }
-    const QString path = QString::fromUtf8(pathOf(target));
+    const QString path = QString::fromUtf8(pathOf(target).left(200));
     if (allowed.isEmpty()) {
         throw ApiError(404, QStringLiteral("pathNotFound"),
                        QStringLiteral("there is nothing at '%1' on this service").arg(path));

@@ -77,12 +77,11 @@ QString SampleNodeJson::documentIdOf(std::size_t index) const
 
 QString SampleNodeJson::nameOf(const SampleItem& item) const
 {
-    QString name = inLanguage(item.name, m_options.language);
-    if (item.floor > 0 && item.level == 2 && !item.milestone) {
-        name = m_options.language == SampleLanguage::Chinese
-                   ? QStringLiteral("%1层").arg(item.floor)
-                   : QStringLiteral("%1 %2").arg(name).arg(item.floor);
-    }
+    const bool isFloor = item.floor > 0 && item.level == 2 && !item.milestone;
+    QString name = inLanguage(isFloor ? SampleName{QStringLiteral("第%1层").arg(item.floor),
+                                                   QStringLiteral("%1 %2").arg(item.name.en).arg(item.floor)}
+                                      : item.name,
+                              m_options.language);
     if (m_tower > 0 && item.level == 1) {
         name = QStringLiteral("T%1 ").arg(m_tower) + name;
     }

@@ -11,6 +11,11 @@ QString sql(const char* text)
     return QString::fromLatin1(text);
 }
 
+// Writers of this process take turns, as a plan of 100,000 nodes takes longer to write than one waits for
+// another program that holds the database.
+std::timed_mutex writers;
+constexpr std::chrono::seconds longestTurn{60};
+
 TokenRecord tokenFrom(const QSqlQuery& row)
 {
     TokenRecord token;
@@ -137,17 +142,25 @@ void SqliteStore::setUserSetting(const QString& userId, const QString& key, cons
 
 void SqliteStore::begin()
 {
+    std::unique_lock<std::timed_mutex> turn(writers, std::defer_lock);
+    if (!turn.try_lock_for(longestTurn)) {
+        throw StoreBusy(QStringLiteral("database '%1': other requests were writing for too long")
+                            .arg(m_database->path()));
+    }
     m_database->beginImmediate();
+    m_turn = std::move(turn);
 }
 
 void SqliteStore::commit()
 {
     m_database->commit();
+    m_turn = {};
 }
 
 void SqliteStore::rollback() noexcept
 {
     m_database->rollback();
+    m_turn = {};
 }
 
 std::unique_ptr<Store> openStore(const QString& path, MissingDatabase missing)

@@ -2,6 +2,8 @@
 
 #include "SqliteDatabase.h"
 
+#include <mutex>
+
 namespace PlanService {
 
 /// The store on SQLite: write-ahead log, and every commit reaches the disk before it is answered.
@@ -52,6 +54,7 @@ private:
     void appendNodes(const QString& planId, JsonPieces& pieces);
 
     std::unique_ptr<SqliteDatabase> m_database;
+    std::unique_lock<std::timed_mutex> m_turn; ///< held while this store writes
 };
 
 } // namespace PlanService

@@ -6,6 +6,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QSet>
 #include <QtTest>
 
@@ -234,6 +235,38 @@ private Q_SLOTS:
         options.language = SampleLanguage::English;
         QVERIFY(sampleText(options).contains("Pour concrete"));
         QVERIFY(!sampleText(options).contains("混凝土浇筑"));
+    }
+
+    void floorsCarryTheirNumber_data()
+    {
+        QTest::addColumn<int>("language");
+        QTest::addColumn<QStringList>("names");
+        QTest::newRow("both") << static_cast<int>(SampleLanguage::Both)
+                              << QStringList{"第1层 Floor 1"_s, "第2层 Floor 2"_s};
+        QTest::newRow("Chinese") << static_cast<int>(SampleLanguage::Chinese)
+                                 << QStringList{"第1层"_s, "第2层"_s};
+        QTest::newRow("English") << static_cast<int>(SampleLanguage::English)
+                                 << QStringList{"Floor 1"_s, "Floor 2"_s};
+    }
+    void floorsCarryTheirNumber()
+    {
+        QFETCH(int, language);
+        QFETCH(QStringList, names);
+        SampleOptions options;
+        options.floors = 2;
+        options.language = static_cast<SampleLanguage>(language);
+        // A name of a floor and nothing else, with or without its number.
+        const QRegularExpression floor("^(第?\\d*层)? ?(Floor( \\d+)?)?$"_s);
+        QStringList found;
+        const QJsonArray nodes = sampleNodes(options);
+        for (const QJsonValue& node : nodes) {
+            const QString name = node.toObject().value("name"_s).toString();
+            if (floor.match(name).hasMatch()) {
+                found.append(name);
+            }
+        }
+        QVERIFY(found.size() > 4);
+        QCOMPARE(QSet<QString>(found.begin(), found.end()), QSet<QString>(names.begin(), names.end()));
     }
 
     void servedPlanIsTheSample_data()
