@@ -48,7 +48,9 @@ ExitCode sayFindings(const Arguments& line, const ImportFindings& findings)
 
 QByteArray exchangeJson(const KvPlan& plan)
 {
-    const Progress progress(QStringLiteral("writing"));
+    Progress progress(QStringLiteral("writing the tasks"));
+    if (plan.planNodes.size() > 10000)
+        progress.begin();
     QJsonObject object;
     KvPlanDataUtils::planToJsonObjectMPXJ(plan, object);
     return QJsonDocument(object).toJson();

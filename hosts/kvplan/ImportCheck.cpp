@@ -18,6 +18,7 @@
 namespace {
 
 constexpr int shownOfAKind = 5;
+constexpr int longFile = 4 << 20;       // bytes; takes a person's time
 constexpr qint64 largestFile = 1 << 30; // bytes; a byte array holds hardly more
 
 // Problems of one kind: the first few as lines, the others as a number. They join the rest when the object
@@ -114,7 +115,6 @@ QString placeOf(int offset, const QByteArray& file)
 
 bool parse(const QByteArray& content, QJsonObject& schedule, QStringList& problems)
 {
-    const Progress progress(QStringLiteral("reading JSON"));
     if (content.trimmed().isEmpty()) {
         problems.append(QStringLiteral("the file is empty"));
         return false;
@@ -222,9 +222,16 @@ ImportFindings checkImport(QIODevice& file)
     ImportFindings findings;
     QJsonObject schedule;
     QByteArray content;
-    if (!readFile(file, content, findings.problems) || !parse(content, schedule, findings.problems))
+    if (!readFile(file, content, findings.problems))
         return findings;
-    readTasks(schedule, findings);
+    {
+        Progress progress(QStringLiteral("reading the tasks"));
+        if (content.size() > longFile)
+            progress.begin();
+        if (!parse(content, schedule, findings.problems))
+            return findings;
+        readTasks(schedule, findings);
+    }
     QHash<int, int> rowByNumber; // the first task of each unique id
     for (int i = findings.plan.planNodes.size() - 1; i >= 0; --i)
         rowByNumber.insert(findings.plan.planNodes.at(i).uniqueId, i);

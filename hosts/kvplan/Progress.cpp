@@ -29,7 +29,9 @@ Progress::Progress(const QString& step)
     if (!m_isTerminal)
         return;
     QObject::connect(&m_tick, &QTimer::timeout, &m_tick, [this] {
-        write(QStringLiteral("%1 … %2 s").arg(m_step).arg(m_clock.elapsed() / 1000));
+        const qint64 seconds = m_clock.elapsed() / 1000;
+        write(seconds > 0 ? QStringLiteral("%1 … %2 s").arg(m_step).arg(seconds)
+                          : m_step + QStringLiteral(" …"));
     });
     m_tick.start(500);
 }
@@ -38,6 +40,12 @@ Progress::~Progress()
 {
     if (m_cells > 0)
         write(QString());
+}
+
+void Progress::begin()
+{
+    if (m_isTerminal)
+        write(m_step + QStringLiteral(" …"));
 }
 
 void Progress::show(qint64 done, qint64 total)

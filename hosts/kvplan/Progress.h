@@ -5,8 +5,8 @@
 #include <QtCore/QTimer>
 
 /// Tells a waiting person how far long work is: one line on the standard error stream, rewritten in place.
-/// Says nothing when that is no terminal, nor before half a second has passed. The line is gone when the
-/// object is; complain only then.
+/// Says nothing when that is no terminal, nor, as a rule, before half a second has passed. The line is gone
+/// when the object is; complain only then.
 class Progress
 {
 public:
@@ -16,6 +16,9 @@ public:
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
+
+    /// For work that can be expected to be long and handles no events: tells the step at once.
+    void begin();
 
     /// For work that handles no events: call it often; @p done of @p total.
     void show(qint64 done, qint64 total);

@@ -9,6 +9,7 @@
 
 #include <cstdlib>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
@@ -150,8 +151,19 @@ KvplanRun Kvplan::runOnTerminal(const QStringList& arguments, int columns) const
     process.setStandardErrorFile(terminal);
     process.start(program(), arguments);
     KvplanRun run = finish(process);
-    readScreen();
     notifier.setEnabled(false);
+    // What was written comes through in order, though not at once: all is here when a last mark is.
+    static const QByteArray mark = QByteArrayLiteral("\x03the end\x03");
+    pollfd readable = {screen, POLLIN, 0};
+    if (write(own, mark.constData(), size_t(mark.size())) != mark.size())
+        run.exitCode = -1;
+    do
+        readScreen();
+    while (!shown.endsWith(mark) && poll(&readable, 1, longestRun) > 0);
+    if (shown.endsWith(mark))
+        shown.chop(mark.size());
+    else
+        run.exitCode = -1;
     close(own);
     close(screen);
     run.output = shown.replace("\r\n", "\n");
