@@ -199,6 +199,23 @@ void checkReferences(const QHash<int, int>& rowByNumber, ImportFindings& finding
     }
 }
 
+// The reader of the exchange format keeps of a link's target no more than a character, which the service may
+// refuse, and has neither rows nor, in many files, names. The link stands at its target, so all are known.
+void completeLinks(const QHash<int, int>& rowByNumber, QList<KvPlanNode>& tasks)
+{
+    for (int i = 0; i < tasks.size(); ++i) {
+        KvPlanNode& target = tasks[i];
+        for (KvPlanPredecessor& link : target.predecessors) {
+            const KvPlanNode& source = tasks.at(rowByNumber.value(link.sourcePlanNodeUniqueId));
+            link.sourcePlanNodeId = source.planNodeId;
+            link.sourcePlanNodeName = source.name;
+            link.targetPlanNodeId = target.planNodeId;
+            link.targetPlanNodeName = target.name;
+            link.targetPlanNodeUniqueId = QString::number(target.uniqueId);
+        }
+    }
+}
+
 void checkCycles(ImportFindings& findings)
 {
     Kind circles(findings.problems);
@@ -238,5 +255,7 @@ ImportFindings checkImport(QIODevice& file)
     checkNumbers(rowByNumber, findings);
     checkReferences(rowByNumber, findings);
     checkCycles(findings);
+    if (findings.problems.isEmpty())
+        completeLinks(rowByNumber, findings.plan.planNodes);
     return findings;
 }

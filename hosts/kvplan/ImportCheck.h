@@ -11,7 +11,7 @@ struct ImportFindings
 {
     /// One line each, in the words of the file; the first few of each kind, then a count.
     QStringList problems;
-    /// What the file holds, as far as it could be read.
+    /// What the file holds, as far as it could be read; without problems, its links name both their tasks.
     KvPlan plan;
 };
 

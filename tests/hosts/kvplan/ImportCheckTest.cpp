@@ -78,6 +78,24 @@ private Q_SLOTS:
         QCOMPARE(findings.plan.planNodes.at(2).uniqueId, 3);
     }
 
+    // Numbers whose low byte is none of a text, as 256, are no trouble either.
+    void linksNameBothTheirTasks()
+    {
+        QJsonObject target = task(256, 0, {300});
+        target.insert(QStringLiteral("ID"), 4);
+        QJsonObject source = task(300);
+        source.insert(QStringLiteral("ID"), 9);
+        const ImportFindings findings = check(schedule({target, source}));
+        QCOMPARE(findings.problems, QStringList());
+        const KvPlanPredecessor link = findings.plan.planNodes.first().predecessors.first();
+        QCOMPARE(link.sourcePlanNodeUniqueId, 300);
+        QCOMPARE(link.sourcePlanNodeId, 9);
+        QCOMPARE(link.sourcePlanNodeName, QStringLiteral("第300层"));
+        QCOMPARE(link.targetPlanNodeUniqueId, QStringLiteral("256"));
+        QCOMPARE(link.targetPlanNodeId, 4);
+        QCOMPARE(link.targetPlanNodeName, QStringLiteral("第256层"));
+    }
+
     void nameAndFileOfThePlan()
     {
         const ImportFindings findings =

@@ -137,6 +137,105 @@ private Q_SLOTS:
         QVERIFY2(run.error().contains(QStringLiteral("404")), qPrintable(run.error()));
     }
 
+    // A plan's life: made, listed, found, renamed, copied, deleted.
+    void changes()
+    {
+        Kvplan kvplan(m_service.baseUrl());
+        kvplan.setEnvironment(QStringLiteral("KV_PROJECT_ID"), QStringLiteral("第2期"));
+        const auto run = [&](const QStringList& arguments) {
+            const KvplanRun done = kvplan.run(arguments);
+            return done.exitCode == 0 ? done.text() : done.error();
+        };
+        const auto names = [&](const QStringList& options) {
+            QStringList found;
+            const QJsonArray plans =
+                kvplan.run(QStringList{QStringLiteral("plans"), QStringLiteral("--json")} + options).array();
+            for (const QJsonValue& plan : plans)
+                found.append(plan.toObject().value(QLatin1String("name")).toString());
+            return found.join(QLatin1Char('|'));
+        };
+        QCOMPARE(run({QStringLiteral("plans")}), QStringLiteral("no plans\n"));
+        const QString odd = QStringLiteral("第2层 \"&\" %41 #1+1? \\ 🏗");
+        QString id;
+        for (const QString& name : {QStringLiteral("Plan 10"), odd, QStringLiteral("plan 2")}) {
+            const QString made = run({QStringLiteral("create"), name});
+            id = made.section(QStringLiteral("  "), 0, 0);
+            QCOMPARE(made, QStringLiteral("%1  %2\n").arg(id, name));
+        }
+        QCOMPARE(names({}), QStringLiteral("plan 2|Plan 10|") + odd);
+        QCOMPARE(names({QStringLiteral("--name"), QStringLiteral("^plan 2$")}), QStringLiteral("plan 2"));
+        QCOMPARE(names({QStringLiteral("--name"), QStringLiteral("\"&\" %41 #1\\+1\\?")}), odd);
+        QCOMPARE(names({QStringLiteral("--category"), QStringLiteral("other")}), QString());
+        QVERIFY(run({QStringLiteral("plans"), QStringLiteral("--page"), QStringLiteral("2"),
+                     QStringLiteral("--page-size"), QStringLiteral("2")})
+                    .endsWith(QStringLiteral("\n1 of 3 plans, page 2 of 2\n")));
+
+        QCOMPARE(run({QStringLiteral("rename"), id, QStringLiteral("副本")}),
+                 id + QStringLiteral("  副本\n"));
+        QCOMPARE(names({QStringLiteral("--name"), QStringLiteral("副")}), QStringLiteral("副本"));
+        QCOMPARE(run({QStringLiteral("delete"), QStringLiteral("--yes"), id}), QString());
+        QCOMPARE(names({}), QStringLiteral("Plan 10|") + odd);
+        const KvplanRun gone = kvplan.run({QStringLiteral("delete"), QStringLiteral("--yes"), id});
+        QCOMPARE(gone.faultOfFailure(1), QString());
+        QVERIFY2(gone.error().contains(QStringLiteral("404")), qPrintable(gone.error()));
+    }
+
+    void aCopyHasEveryTask()
+    {
+        const Kvplan kvplan(m_service.baseUrl());
+        const KvplanRun copied = kvplan.run({QStringLiteral("copy"), m_planId, QStringLiteral("--json")});
+        QCOMPARE(copied.error(), QString());
+        const QString id = copied.object().value(QLatin1String("id")).toString();
+        QVERIFY(!id.isEmpty() && id != m_planId);
+        const QString original = kvplan.run({QStringLiteral("tree"), m_planId}).text();
+        const QString copy = kvplan.run({QStringLiteral("tree"), id}).text();
+        QCOMPARE(copy.section(QLatin1Char('\n'), 1), original.section(QLatin1Char('\n'), 1));
+        QCOMPARE(kvplan.run({QStringLiteral("delete"), QStringLiteral("--yes"), id}).error(), QString());
+        QCOMPARE(kvplan.run({QStringLiteral("tree"), m_planId}).text(), original);
+    }
+
+    void anImportedScheduleIsAPlan()
+    {
+        QTemporaryDir folder;
+        QFile file(folder.filePath(QStringLiteral("schedule.json")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(R"({"Name": "总进度", "AllTasks": [
+            {"UniqueID": 7, "ID": 1, "Name": "主体", "Start": "2026-03-05T08:00:00", "Finish": "2026-03-12T17:00:00"},
+            {"UniqueID": 9, "ID": 2, "Name": "钢筋", "ParentTask": 7, "Start": "2026-03-05T08:00:00",
+             "Finish": "2026-03-09T17:00:00", "Predecessors": [{"SourceTaskUniqueID": 7, "Type": 1}]}]})");
+        file.close();
+        Kvplan kvplan(m_service.baseUrl());
+        kvplan.setEnvironment(QStringLiteral("KV_PROJECT_ID"), QStringLiteral("第3期"));
+        const KvplanRun imported = kvplan.run({QStringLiteral("import"), file.fileName()});
+        QCOMPARE(imported.error(), QString());
+        const QString id = imported.text().section(QStringLiteral("  "), 0, 0);
+        QCOMPARE(imported.text(), id + QStringLiteral("  总进度\n"));
+        const QJsonArray roots = kvplan.run({QStringLiteral("tree"), id, QStringLiteral("--json")}).array();
+        QCOMPARE(roots.size(), 1);
+        const QJsonObject root = roots.first().toObject();
+        QCOMPARE(root.value(QLatin1String("name")).toString(), QStringLiteral("主体"));
+        QCOMPARE(root.value(QLatin1String("startDate")).toString(),
+                 QStringLiteral("2026-03-05T08:00:00.000"));
+        const QJsonArray children = root.value(QLatin1String("children")).toArray();
+        QCOMPARE(children.size(), 1);
+        const QJsonObject link =
+            children.first().toObject().value(QLatin1String("predecessors")).toArray().first().toObject();
+        QCOMPARE(link.value(QLatin1String("sourcePlanNodeUniqueId")).toInt(), 7);
+        QCOMPARE(link.value(QLatin1String("type")).toInt(), 1);
+        QVERIFY(kvplan.run({QStringLiteral("show"), id}).text().endsWith(QStringLiteral("0%  1\n")));
+    }
+
+    void aPatternThatIsNone()
+    {
+        Kvplan kvplan(m_service.baseUrl());
+        kvplan.setEnvironment(QStringLiteral("KV_PROJECT_ID"), QStringLiteral("第2期"));
+        const KvplanRun run =
+            kvplan.run({QStringLiteral("plans"), QStringLiteral("--name"), QStringLiteral("(a+")});
+        QCOMPARE(run.faultOfFailure(1), QString());
+        QVERIFY2(run.error().contains(QStringLiteral("400")) && run.error().contains(QStringLiteral("'(a+'")),
+                 qPrintable(run.error()));
+    }
+
     // Last of all, for from the first token on everything needs one.
     void tokensAndRights()
     {
@@ -175,6 +274,14 @@ private Q_SLOTS:
             kvplan.run(show + QStringList{QStringLiteral("--token-file"), file.fileName()});
         QCOMPARE(allowed.error(), QString());
         QCOMPARE(allowed.exitCode, 0);
+
+        // Who may read may not delete, and is told which right is missing.
+        const KvplanRun kept = kvplan.run({QStringLiteral("delete"), QStringLiteral("--yes"), m_planId,
+                                           QStringLiteral("--token-file"), file.fileName()});
+        QCOMPARE(kept.faultOfFailure(1), QString());
+        QVERIFY2(kept.error().contains(QStringLiteral("403")) &&
+                     kept.error().contains(QStringLiteral("'delete'")),
+                 qPrintable(kept.error()));
     }
 };
 
