@@ -41,9 +41,10 @@ QString Pattern::error() const
     return QString::fromStdString(m_pattern->error());
 }
 
-int Pattern::programSize() const
+bool Pattern::isTooLarge() const
 {
-    return m_pattern->ProgramSize();
+    return m_pattern->error_code() == re2::RE2::ErrorPatternTooLarge ||
+           (isValid() && m_pattern->ProgramSize() > largestPatternProgram);
 }
 
 QString checkedPattern(const QString& pattern, const QString& options)
@@ -63,16 +64,15 @@ QString checkedPattern(const QString& pattern, const QString& options)
     }
     const QString whole = options.isEmpty() ? pattern : QStringLiteral("(?%1)").arg(options) + pattern;
     const Pattern compiled(whole.toStdString());
+    if (compiled.isTooLarge()) {
+        throw refusal("patternTooLarge",
+                      QStringLiteral("the pattern '%1' grows to more than %2 instructions; repeat less in it")
+                          .arg(shortened(pattern))
+                          .arg(largestPatternProgram));
+    }
     if (!compiled.isValid()) {
         throw refusal("badPattern", QStringLiteral("'%1' is no pattern that is known here: %2")
                                         .arg(shortened(pattern), shortened(compiled.error())));
-    }
-    if (compiled.programSize() > largestPatternProgram) {
-        throw refusal("patternTooLarge",
-                      QStringLiteral("the pattern '%1' grows to %2 instructions, at most %3 are accepted")
-                          .arg(shortened(pattern))
-                          .arg(compiled.programSize())
-                          .arg(largestPatternProgram));
     }
     return whole;
 }

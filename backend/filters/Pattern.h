@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <memory>
+#include <string>
 
 namespace re2 {
 class RE2;
@@ -32,7 +33,7 @@ public:
     bool occursIn(const char* text, int size) const;
 
     QString error() const;
-    int programSize() const;
+    bool isTooLarge() const;
 
 private:
     std::unique_ptr<re2::RE2> m_pattern;

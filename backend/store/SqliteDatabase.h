@@ -42,6 +42,9 @@ public:
     void commit();
     void rollback() noexcept;
 
+    /// How long a statement may look for patterns; 5 seconds unless told otherwise.
+    void setLongestSearch(int milliseconds) { m_patterns.setLongestSearch(milliseconds); }
+
     const QString& path() const { return m_path; }
 
 private:

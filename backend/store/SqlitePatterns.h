@@ -6,10 +6,8 @@ struct sqlite3;
 
 namespace PlanService {
 
-constexpr int longestSearchMs = 5000; ///< of one statement that looks for patterns
-
 /// Gives a connection the function matches(pattern, text). A statement that uses it longer than
-/// longestSearchMs fails with the message tooSlowMessage.
+/// setLongestSearch() allows fails with the message tooSlowMessage.
 class SqlitePatterns
 {
 public:
@@ -19,10 +17,12 @@ public:
     void addTo(sqlite3* connection);
     /// To be called when a statement begins.
     void restart() { m_timer.start(); }
-    bool isTooSlow() const { return m_timer.hasExpired(longestSearchMs); }
+    bool isTooSlow() const { return m_timer.hasExpired(m_longestMs); }
+    void setLongestSearch(int milliseconds) { m_longestMs = milliseconds; }
 
 private:
     QElapsedTimer m_timer;
+    int m_longestMs = 5000;
 };
 
 } // namespace PlanService
