@@ -81,7 +81,8 @@ int runImport(const QStringList& arguments)
         return checked;
 
     KvPlan plan = findings.plan;
-    plan.name = planName(line, plan);
+    const QString name = planName(line, plan);
+    plan.name = name;
     plan.category = line.value("category");
     for (KvPlanNode& task : plan.planNodes)
         task.category = plan.category;
@@ -92,7 +93,7 @@ int runImport(const QStringList& arguments)
         isCreated = KvPlanData::instance()->createPlan(plan);
     }
     if (!isCreated) {
-        complain(session.failure(QStringLiteral("create the plan")));
+        complain(session.failure(QStringLiteral("create the plan \"%1\"").arg(name)));
         return RequestFailed;
     }
     return sayPlan(plan, line.wantsJson());

@@ -11,6 +11,7 @@ using KvTest::KvplanRun;
 using KvTest::Reply;
 using KvTest::ScriptedServer;
 using KvTest::TlsIdentity;
+using KvTest::words;
 
 namespace {
 
@@ -51,11 +52,6 @@ Kvplan kvplanAt(const QString& address)
     kvplan.setEnvironment(QStringLiteral("KV_PROJECT_ID"), QStringLiteral("tower"));
     kvplan.setEnvironment(QStringLiteral("KV_ACCESS_TOKEN"), secret);
     return kvplan;
-}
-
-QStringList words(const char* line)
-{
-    return QString::fromLatin1(line).split(QLatin1Char(' '));
 }
 
 QString secretsIn(const KvplanRun& run)
@@ -153,14 +149,6 @@ private Q_SLOTS:
                      qPrintable(run.error()));
             QCOMPARE(secretsIn(run), QString());
         }
-    }
-
-    void unknownHost()
-    {
-        const KvplanRun run = kvplanAt(QStringLiteral("http://planservice.invalid/")).run(words("show p1"));
-        QCOMPARE(run.faultOfFailure(1), QString());
-        QVERIFY2(run.error().contains(QStringLiteral("cannot reach http://planservice.invalid")),
-                 qPrintable(run.error()));
     }
 
     void passwordOfTheAddress()

@@ -15,13 +15,9 @@ using KvTest::planReply;
 using KvTest::Reply;
 using KvTest::ScriptedServer;
 using KvTest::taskReply;
+using KvTest::words;
 
 namespace {
-
-QStringList words(const char* line)
-{
-    return QString::fromUtf8(line).split(QLatin1Char(' '));
-}
 
 // Enough tasks for an output of more than a pipe holds.
 QJsonObject largePlan()

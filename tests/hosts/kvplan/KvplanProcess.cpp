@@ -44,6 +44,11 @@ QString KvplanRun::faultOfFailure(int code) const
     return QString();
 }
 
+QStringList words(const char* line)
+{
+    return QString::fromUtf8(line).split(QLatin1Char(' '));
+}
+
 Kvplan::Kvplan(const QString& server)
     : m_environment(QProcessEnvironment::systemEnvironment())
 {

@@ -24,6 +24,9 @@ struct KvplanRun
     QString faultOfFailure(int code) const;
 };
 
+/// A command line as its words: "show p1 --rows 2" as four.
+QStringList words(const char* line);
+
 /// The built kvplan, with what a caller can give it. A run handles events of this thread meanwhile, so that a
 /// server of the test can answer.
 class Kvplan

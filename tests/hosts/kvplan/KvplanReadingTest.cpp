@@ -11,13 +11,9 @@ using KvTest::planReply;
 using KvTest::Reply;
 using KvTest::ScriptedServer;
 using KvTest::taskReply;
+using KvTest::words;
 
 namespace {
-
-QStringList words(const char* line)
-{
-    return QString::fromUtf8(line).split(QLatin1Char(' '));
-}
 
 QJsonObject smallPlan()
 {
