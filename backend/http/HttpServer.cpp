@@ -112,6 +112,17 @@ void ParserLog::note(const std::string& message) const
                           m_log};
 }
 
+namespace {
+
+class Context : public asio::io_context
+{
+public:
+    /// Destroys everything that still waits, connections included, and nothing else.
+    void abandon() { shutdown(); }
+};
+
+} // namespace
+
 class HttpServer::Private
 {
 public:
@@ -144,6 +155,12 @@ public:
             }
         });
     }
+
+    // The connections of clients that are still there go first: they tell the server, which must be there to
+    // hear.
+    ~Private() { m_context.abandon(); }
+    Private(const Private&) = delete;
+    Private& operator=(const Private&) = delete;
 
     quint16 port() const { return m_port; }
 
@@ -281,7 +298,7 @@ private:
     std::atomic<int> m_atWork{0};
     std::atomic<bool> m_stopping{false};
     Clock::time_point m_stopBy;
-    asio::io_context m_context;
+    Context m_context;
     restinio::http_server_t<ServerTraits> m_server;
     asio::signal_set m_signals;
     asio::steady_timer m_stopTimer;
