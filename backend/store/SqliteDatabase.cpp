@@ -116,17 +116,17 @@ QVariant SqliteDatabase::value(const QString& sql, const QVariantList& parameter
 
 void SqliteDatabase::begin()
 {
-    execute(QStringLiteral("BEGIN"));
+    run(QStringLiteral("BEGIN")).finish();
 }
 
 void SqliteDatabase::beginImmediate()
 {
-    execute(QStringLiteral("BEGIN IMMEDIATE"));
+    run(QStringLiteral("BEGIN IMMEDIATE")).finish();
 }
 
 void SqliteDatabase::commit()
 {
-    execute(QStringLiteral("COMMIT"));
+    run(QStringLiteral("COMMIT")).finish();
 }
 
 void SqliteDatabase::rollback() noexcept

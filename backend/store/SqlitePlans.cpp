@@ -90,7 +90,7 @@ JsonPieces SqliteStore::planJson(const QString& planId)
 
 void SqliteStore::appendNodes(const QString& planId, JsonPieces& pieces)
 {
-    const QString piece = sql("SELECT CAST(group_concat(node, ',') AS BLOB) FROM ("
+    const QString piece = sql("SELECT CAST(group_concat(node, ',') AS BLOB), count(*) FROM ("
                               " SELECT " PLANSERVICE_NODE_JSON " || substr(n.document, 2) AS node"
                               " FROM planNodes n JOIN plans p ON p.id = n.planId"
                               " WHERE n.planId = ? AND (n.rowNumber, n.id) > (?, ?)"
@@ -100,21 +100,23 @@ void SqliteStore::appendNodes(const QString& planId, JsonPieces& pieces)
                                     " ORDER BY rowNumber, id LIMIT 1 OFFSET ?");
     QVariant row = std::numeric_limits<int>::min();
     QVariant id = QStringLiteral("");
-    for (bool more = true, first = true; more; first = false) {
-        const QByteArray nodes = m_database->value(piece, {planId, row, id, nodesPerPiece}).toByteArray();
-        if (nodes.isEmpty()) {
-            return;
-        }
-        if (!first) {
+    for (bool first = true;; first = false) {
+        QSqlQuery& nodes = m_database->run(piece, {planId, row, id, nodesPerPiece});
+        const int count = nodes.next() ? nodes.value(1).toInt() : 0;
+        if (count > 0 && !first) {
             pieces.append(QByteArrayLiteral(","));
         }
-        pieces.append(nodes);
-        QSqlQuery& last = m_database->run(lastOfPiece, {planId, row, id, nodesPerPiece - 1});
-        more = last.next();
-        if (more) {
-            row = last.value(0);
-            id = last.value(1);
+        if (count > 0) {
+            pieces.append(nodes.value(0).toByteArray());
         }
+        nodes.finish();
+        if (count < nodesPerPiece) {
+            return;
+        }
+        QSqlQuery& last = m_database->run(lastOfPiece, {planId, row, id, nodesPerPiece - 1});
+        last.next();
+        row = last.value(0);
+        id = last.value(1);
         last.finish();
     }
 }
