@@ -117,6 +117,7 @@ Reply putPlan(const Call& call)
     const PlanInput input = readPlanInput(call.request.body);
     Transaction transaction(call.store);
     const PlanRecord before = existingPlan(call, call.parameter("planId"));
+    call.caller.requireRead({before.projectId, before.category, {before.createdBy}}); // the reply shows it
     call.caller.requireEdit(before.projectId, before.category);
     const PlanRecord plan = changedPlan(before, input.plan, call.caller.userId());
     call.caller.requireEdit(plan.projectId, plan.category);

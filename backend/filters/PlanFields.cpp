@@ -12,8 +12,8 @@ const QVector<FilterField>& planFields()
         {"createdAt", FieldKind::Date, "createdAt"},
         {"createdBy", FieldKind::Text, "createdBy"},
         {"updatedAt", FieldKind::Date, "updatedAt"},
-        {"updatedBy", FieldKind::Text, "json_extract(document, '$.updatedBy')"},
-        {"projectFileId", FieldKind::Text, "json_extract(document, '$.projectFileId')"},
+        {"updatedBy", FieldKind::Text, "coalesce(json_extract(document, '$.updatedBy'), '')"},
+        {"projectFileId", FieldKind::Text, "coalesce(json_extract(document, '$.projectFileId'), '')"},
         {"public", FieldKind::Whole, "json_extract(document, '$.public')"},
         {"ranges", FieldKind::Texts, "json_extract(document, '$.ranges')"},
     };

@@ -140,6 +140,10 @@ private Q_SLOTS:
             << "{\"createdAt\":{\"$in\":[null,\"2026-03-05\"]}}"_s << QStringList{"dd"_s, "a"_s};
         QTest::newRow("in nothing") << "{\"category\":{\"$in\":[]}}"_s << QStringList{};
         QTest::newRow("one of none") << "{\"$or\":[]}"_s << QStringList{};
+        QTest::newRow("changed by nobody, which is never the case")
+            << "{\"updatedBy\":null}"_s << QStringList{};
+        QTest::newRow("no file, in documents that do not name one")
+            << "{\"projectFileId\":null,\"name\":\"第2层\"}"_s << QStringList{"b"_s};
         QTest::newRow("number") << "{\"public\":2}"_s << QStringList{"dd"_s};
         QTest::newRow("numbers in") << "{\"public\":{\"$in\":[2,7]}}"_s << QStringList{"dd"_s};
         QTest::newRow("member of a list") << "{\"ranges\":\"r2\"}"_s << QStringList{"b"_s, "a"_s};

@@ -468,6 +468,9 @@ private Q_SLOTS:
             QCOMPARE(http.request("DELETE", path, QByteArray(), stranger).status, 403);
         }
         QCOMPARE(http.request("PUT", path, "{\"name\":\"y\"}").status, 401);
+        const QByteArray blind = bearer(service.createToken("ed"_s, "p1"_s, "edit,create"_s));
+        QCOMPARE(errorOf(http.request("PUT", path, "{\"name\":\"y\"}", blind)), "rightMissing read"_s);
+        QCOMPARE(errorOf(http.get(list, blind)), "rightMissing read"_s);
         QCOMPARE(http.request("PUT", path + "/copy", "{}", maker).status, 200);
         const RawReply changed = http.request("PUT", path, "{\"name\":\"y\"}", maker);
         QCOMPARE(objectOf(changed).value("updatedBy"_s).toString(), "ann"_s);
