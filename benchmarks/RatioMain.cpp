@@ -27,6 +27,7 @@ public:
     void ReportRuns(const std::vector<Run>& runs) override
     {
         for (const Run& run : runs) {
+            m_failed = m_failed || run.error_occurred;
             if (run.aggregate_name == "median")
                 m_medians[run.run_name.str()] = run.GetAdjustedRealTime();
         }
@@ -44,8 +45,11 @@ public:
         return 0;
     }
 
+    bool hasFailed() const { return m_failed; }
+
 private:
     std::map<std::string, double> m_medians;
+    bool m_failed = false;
 };
 
 } // namespace
@@ -91,5 +95,5 @@ int runBenchmarks(int argc, char* argv[])
         }
         std::printf("\n");
     }
-    return above ? 1 : 0;
+    return above || reporter.hasFailed() ? 1 : 0;
 }

@@ -13,5 +13,5 @@ void compare(const std::string& title, const std::string& benchmark, const std::
              double limit);
 
 /// Runs all benchmarks of the program nine times each, in turns, and prints the medians and the ratios.
-/// @return 1 when a ratio is above its limit, else 0.
+/// @return 1 when a benchmark failed or a ratio is above its limit, else 0.
 int runBenchmarks(int argc, char* argv[]);

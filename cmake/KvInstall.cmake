@@ -30,7 +30,7 @@ install(EXPORT KvPlanDataTargets NAMESPACE KvPlanData:: DESTINATION "${kv_packag
 configure_package_config_file(cmake/KvPlanDataConfig.cmake.in "${CMAKE_CURRENT_BINARY_DIR}/KvPlanDataConfig.cmake"
     INSTALL_DESTINATION "${kv_package_dir}")
 write_basic_package_version_file("${CMAKE_CURRENT_BINARY_DIR}/KvPlanDataConfigVersion.cmake"
-    COMPATIBILITY SameMajorVersion)
+    COMPATIBILITY SameMinorVersion) # while the major number is 0, each minor version may change the interface
 install(FILES
     "${CMAKE_CURRENT_BINARY_DIR}/KvPlanDataConfig.cmake"
     "${CMAKE_CURRENT_BINARY_DIR}/KvPlanDataConfigVersion.cmake"

@@ -161,7 +161,7 @@ bool Arguments::needService()
     const QUrl address(base);
     if (!address.isValid() || address.host().isEmpty() || address.hasQuery() || address.hasFragment() ||
         (address.scheme() != QLatin1String("http") && address.scheme() != QLatin1String("https")))
-        return refuse(QStringLiteral("\"%1\" is no server address; one looks like http://127.0.0.1:8080/")
+        return refuse(QStringLiteral("\"%1\" is no server address; one looks like http://127.0.0.1:8700/")
                           .arg(withoutSecrets(base)));
     return true;
 }

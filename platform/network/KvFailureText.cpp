@@ -33,6 +33,17 @@ QString advice(int status)
     return {};
 }
 
+// Whether a change was made cannot be told without its reply, and made twice it may do harm: a second plan,
+// say.
+QString againAdvice(const QNetworkReply& reply)
+{
+    const auto operation = reply.operation();
+    const bool isChange =
+        operation == QNetworkAccessManager::PostOperation || operation == QNetworkAccessManager::PutOperation;
+    return isChange ? QStringLiteral("the change may have been made, so look before you try again")
+                    : QStringLiteral("try again");
+}
+
 } // namespace
 
 QString oneLine(const QString& text, int maximum)
@@ -107,12 +118,13 @@ QString connectionLost(const QNetworkReply& reply, qint64 received)
 {
     if (!reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid())
         return QStringLiteral(
-                   "the connection to %1 was lost before an answer in HTTP came; try again, or check that "
+                   "the connection to %1 was lost before an answer in HTTP came; %2, or check that "
                    "the base address is that of the service")
-            .arg(KvUrlText::origin(reply.request().url()));
-    return QStringLiteral("the connection to %1 was lost after %2 bytes of the reply; try again")
+            .arg(KvUrlText::origin(reply.request().url()), againAdvice(reply));
+    return QStringLiteral("the connection to %1 was lost after %2 bytes of the reply; %3")
         .arg(KvUrlText::origin(reply.request().url()))
-        .arg(received);
+        .arg(received)
+        .arg(againAdvice(reply));
 }
 
 QString notHttp(const QNetworkReply& reply)
@@ -131,11 +143,12 @@ QString unusableAddress(const QUrl& url)
     return fault + QStringLiteral("; set one that begins with http:// or https:// (KV_BASE_API)");
 }
 
-QString idleTimeout(int milliseconds)
+QString idleTimeout(const QNetworkReply& reply, int milliseconds)
 {
     return QStringLiteral(
-               "the service sent nothing for %1 ms; try again, or allow more time (KV_NETWORK_TIMEOUT_MS)")
-        .arg(milliseconds);
+               "the service sent nothing for %1 ms; %2, or allow more time (KV_NETWORK_TIMEOUT_MS)")
+        .arg(milliseconds)
+        .arg(againAdvice(reply));
 }
 
 QString totalTimeout(int milliseconds)

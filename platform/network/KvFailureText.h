@@ -24,7 +24,7 @@ QString httpStatus(const QNetworkReply& reply, int status, const QByteArray& bod
 QString connectionLost(const QNetworkReply& reply, qint64 received);
 QString notHttp(const QNetworkReply& reply);
 QString unusableAddress(const QUrl& url);
-QString idleTimeout(int milliseconds);
+QString idleTimeout(const QNetworkReply& reply, int milliseconds);
 QString totalTimeout(int milliseconds);
 QString tooLarge(qint64 limit);
 

@@ -138,7 +138,7 @@ void KvReplyOutcome::timerEvent(QTimerEvent* event)
     if (now >= m_limits.totalMs)
         end(KvNetworkReport::Timeout, KvFailureText::totalTimeout(m_limits.totalMs));
     else if (now - m_lastActivityMs >= m_limits.idleMs)
-        end(KvNetworkReport::Timeout, KvFailureText::idleTimeout(m_limits.idleMs));
+        end(KvNetworkReport::Timeout, KvFailureText::idleTimeout(*m_reply, m_limits.idleMs));
     else
         startTimer();
 }

@@ -47,8 +47,8 @@ private:
 
 Settings& settings()
 {
-    static Settings instance;
-    return instance;
+    static Settings* const instance = new Settings; // never destroyed: static objects of hosts may still ask
+    return *instance;
 }
 
 } // namespace
@@ -70,8 +70,8 @@ void KvSoftCache::setCurrentProjectId(const QString& projectId)
 
 KvSoftCache* GetSoftCache()
 {
-    static KvSoftCache cache;
-    return &cache;
+    static KvSoftCache* const cache = new KvSoftCache; // never destroyed, as the settings
+    return cache;
 }
 
 KvSoftSettings* GetSettings()

@@ -4,6 +4,7 @@
 #include <KvNetwork/NetworkManager.h>
 #include <KvPublicFun/KvPub.h>
 #include <KvSoftBase/KvSoftBase.h>
+#include <model/KvPlanDataUtils.h>
 #include <model/KvPlanRecords.h>
 #include <plandata/KvPlanData.h>
 
@@ -18,13 +19,20 @@ int main(int argc, char* argv[])
     GetSoftCache()->setCurrentProjectId(QStringLiteral("P"));
 
     bool refused = false;
-    QObject::connect(&NetworkManager::instance(), &NetworkManager::requestFinished,
-                     [&](const KvNetworkReport& report) { refused = report.category == KvNetworkReport::Refused; });
+    QObject::connect(
+        &NetworkManager::instance(), &NetworkManager::requestFinished,
+        [&](const KvNetworkReport& report) { refused = report.category == KvNetworkReport::Refused; });
     KvPlan plan;
     plan.name = QStringLiteral("before");
     const bool read = KvPlanData::instance()->getPlanById(QStringLiteral("65f0"), plan);
     const bool dates = KvPub::getDateTimeByQString(QStringLiteral("2026-03-05T08:00:00")).isValid();
-    const bool good = !read && refused && plan.name.isEmpty() && dates && KvPlanNode().planNodeId == -1;
+    QList<KvPlanNode> nodes{KvPlanNode(), KvPlanNode()};
+    nodes[0].uniqueId = 1;
+    nodes[1].uniqueId = 2;
+    nodes[1].parentTaskId = 1;
+    KvPlanDataUtils::makePlanNodeListTree(nodes);
+    const bool tree = nodes.size() == 1 && nodes.first().children.size() == 1;
+    const bool good = !read && refused && plan.name.isEmpty() && dates && tree;
     std::puts(good ? "consumer: good" : "consumer: bad");
     return good ? 0 : 1;
 }
