@@ -12,6 +12,9 @@
 #include <QRandomGenerator>
 #include <QtTest>
 
+#include <memory>
+#include <vector>
+
 using namespace KvTest;
 
 namespace {
@@ -349,6 +352,59 @@ private Q_SLOTS:
         }
         QCOMPARE(status("only_count=true&where=" + QUrl::toPercentEncoding(many + "]}}"_s)).body,
                  QByteArray("{\"count\":0}"));
+    }
+
+    void answersHostileFiltersInTime_data()
+    {
+        QTest::addColumn<QString>("where");
+        QTest::addColumn<QString>("answer");
+        const QString found = "{\"count\":1}"_s;
+        const QString none = "{\"count\":0}"_s;
+        QTest::newRow("nested repetition") << "{\"name\":{\"$regex\":\"^(a+)+$\"}}"_s << none;
+        QTest::newRow("nested repetition that fits") << "{\"name\":{\"$regex\":\"^(a+)+b$\"}}"_s << found;
+        QTest::newRow("overlapping choices") << "{\"name\":{\"$regex\":\"^(a|aa|a*)*c$\"}}"_s << none;
+        QTest::newRow("many optional letters")
+            << "{\"name\":{\"$regex\":\"%1%2c\"}}"_s.arg("a?"_s.repeated(200), "a"_s.repeated(200)) << none;
+        QTest::newRow("SQL everywhere")
+            << "{\"name\":{\"$regex\":\"' OR 1=1 --\"},\"category\":\"' OR '1'='1\",\"createdBy\":{\"$in\":[\"x') OR 1=1 --\"]}}"_s
+            << none;
+    }
+    void answersHostileFiltersInTime()
+    {
+        QFETCH(QString, where);
+        QFETCH(QString, answer);
+        if (names("hostile", "{}"_s).isEmpty()) {
+            const QString name = "a"_s.repeated(100000) + "b"_s;
+            QCOMPARE(send("POST", "plans", {{"projectId"_s, "hostile"_s}, {"name"_s, name}}).status, 200);
+        }
+        QElapsedTimer timer;
+        timer.start();
+        const RawReply reply = RawHttp(m_service.port())
+                                   .get("/task-service/projects/hostile/plans?only_count=true&where=" +
+                                        QUrl::toPercentEncoding(where));
+        QCOMPARE(QString::fromUtf8(reply.body), answer);
+        QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    }
+
+    void largePlansTakeTurns()
+    {
+        QJsonArray nodes;
+        for (int i = 0; i < 3000; ++i) {
+            nodes.append(task("node %1"_s.arg(i), i + 1));
+        }
+        const QByteArray body = jsonOf({{"projectId"_s, "turns"_s}, {"projectData"_s, nodes}});
+        std::vector<std::unique_ptr<RawHttp>> writers;
+        for (int i = 0; i < 6; ++i) {
+            writers.push_back(std::make_unique<RawHttp>(m_service.port()));
+            writers.back()->send("POST /task-service/plans HTTP/1.1\r\nHost: x\r\nContent-Length: " +
+                                 QByteArray::number(body.size()) + "\r\n\r\n" + body);
+        }
+        for (const auto& writer : writers) {
+            const RawReply reply = writer->read();
+            QCOMPARE(reply.status, 200);
+            QCOMPARE(objectOf(reply).value("tasks"_s).toArray().size(), nodes.size());
+        }
+        QCOMPARE(names("turns", "{}"_s).size(), 6);
     }
 
     void twoWritersAreNeverHalfDone()
