@@ -32,12 +32,3 @@ TlsIdentity TlsIdentity::selfSigned(const QString& commonName)
 
 } // namespace KvTest
 
-#ifdef __SANITIZE_ADDRESS__
-// OpenSSL frees what it keeps for a thread when the thread is gone for good, which is a moment after the
-// thread has been waited for. When the process ends in between, that is no leak of ours.
-extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions();
-extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions()
-{
-    return "leak:libcrypto\n";
-}
-#endif
