@@ -31,4 +31,3 @@ TlsIdentity TlsIdentity::selfSigned(const QString& commonName)
 }
 
 } // namespace KvTest
-
