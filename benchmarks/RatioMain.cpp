@@ -38,8 +38,7 @@ public:
     {
         for (const auto& entry : m_medians) {
             // Behind the name as registered stand marks such as "/real_time".
-            if (entry.first == name || entry.first.rfind(name + "/real_time", 0) == 0 ||
-                entry.first.rfind(name + "/iterations", 0) == 0)
+            if (entry.first == name || entry.first.rfind(name + '/', 0) == 0)
                 return entry.second;
         }
         return 0;
