@@ -137,22 +137,47 @@ bool parse(const QByteArray& content, QJsonObject& schedule, QStringList& proble
     return false;
 }
 
+// A date in another form than the exchange format's would be lost without a word.
+void checkDates(const QJsonObject& entry, const KvPlanNode& task, Kind& unreadable)
+{
+    const std::pair<QLatin1String, QDateTime> dates[] = {{QLatin1String("Start"), task.startDate},
+                                                         {QLatin1String("Finish"), task.finishDate}};
+    for (const auto& [key, date] : dates) {
+        const QJsonValue value = entry.value(key);
+        if (!date.isValid() && !value.isUndefined() && !value.isNull() && value != QJsonValue(QString())) {
+            unreadable.add([&, k = key] {
+                return QStringLiteral("%1 has \"%2\" %3, which is no date as 2024-03-05T08:00:00 is one")
+                    .arg(named(task), k, fitted(value.toVariant().toString(), 40));
+            });
+        }
+    }
+}
+
 // Entries that are no objects are told, and left out of the further checks.
 void readTasks(const QJsonObject& schedule, ImportFindings& findings)
 {
     KvPlanDataUtils::jsonObjectToPlanMPXJ(schedule, findings.plan);
     const QJsonArray entries = schedule.value(QLatin1String("AllTasks")).toArray();
     QList<KvPlanNode>& tasks = findings.plan.planNodes;
-    Kind misplaced(findings.problems);
-    int kept = 0;
-    for (int i = 0; i < tasks.size(); ++i) {
-        if (!entries.at(i).isObject())
-            misplaced.add(
-                [&] { return QStringLiteral("entry %1 of \"AllTasks\" is no task object").arg(i + 1); });
-        else if (kept++ != i)
-            tasks[kept - 1] = std::move(tasks[i]);
+    QStringList badDates;
+    {
+        Kind misplaced(findings.problems);
+        Kind unreadable(badDates);
+        int kept = 0;
+        for (int i = 0; i < tasks.size(); ++i) {
+            const QJsonValue entry = entries.at(i);
+            if (!entry.isObject()) {
+                misplaced.add(
+                    [&] { return QStringLiteral("entry %1 of \"AllTasks\" is no task object").arg(i + 1); });
+                continue;
+            }
+            checkDates(entry.toObject(), tasks.at(i), unreadable);
+            if (kept++ != i)
+                tasks[kept - 1] = std::move(tasks[i]);
+        }
+        tasks.erase(tasks.begin() + kept, tasks.end());
     }
-    tasks.erase(tasks.begin() + kept, tasks.end());
+    findings.problems += badDates;
 }
 
 void checkNumbers(const QHash<int, int>& rowByNumber, ImportFindings& findings)

@@ -219,6 +219,20 @@ private Q_SLOTS:
             << QStringList{QStringLiteral("entry 1 of \"AllTasks\" is no task object"),
                            QStringLiteral("entry 3 of \"AllTasks\" is no task object"),
                            QStringLiteral("entry 5 of \"AllTasks\" is no task object")};
+        QJsonObject dated = task(1);
+        dated.insert(QStringLiteral("Start"), QStringLiteral("2024-03-05"));
+        dated.insert(QStringLiteral("Finish"), QStringLiteral("2024-03-05T17:00:00"));
+        QJsonObject numbered = task(2);
+        numbered.insert(QStringLiteral("Start"), QJsonValue(QJsonValue::Null));
+        numbered.insert(QStringLiteral("Finish"), 5);
+        QJsonObject undated = task(3);
+        undated.insert(QStringLiteral("Start"), QString());
+        QTest::newRow("dates in another form")
+            << QJsonArray{dated, numbered, undated}
+            << QStringList{QStringLiteral("task 1 \"第1层\" has \"Start\" 2024-03-05, which is no date as "
+                                          "2024-03-05T08:00:00 is one"),
+                           QStringLiteral("task 2 \"第2层\" has \"Finish\" 5, which is no date as "
+                                          "2024-03-05T08:00:00 is one")};
         QTest::newRow("control characters in a name")
             << QJsonArray{QJsonObject{{QStringLiteral("UniqueID"), 1},
                                       {QStringLiteral("ParentTask"), 7},
