@@ -63,6 +63,8 @@ private Q_SLOTS:
     void filterByDates();
     void strangeNames_data();
     void strangeNames();
+    void strangeIdentifiersAreFoundAgain_data();
+    void strangeIdentifiersAreFoundAgain();
     void twoHostsKeepTheirChanges();
     void changedNodesKeepTheirIds();
     void copyAndDelete();
@@ -228,6 +230,41 @@ void KvPlanOperationsServiceTest::strangeNames()
     QVERIFY(data().getPlanRangeData(named(pattern), 0, 10, found));
     QCOMPARE(namesOf(found), QStringList{name});
     QVERIFY(data().deletePlan(plan.id));
+}
+
+void KvPlanOperationsServiceTest::strangeIdentifiersAreFoundAgain_data()
+{
+    QTest::addColumn<QString>("id");
+    QTest::newRow("space") << "a b";
+    QTest::newRow("hash") << "a#b";
+    QTest::newRow("percent") << "100%";
+    QTest::newRow("plus") << "a+b";
+    QTest::newRow("quotes") << "\"a\" 'b'";
+    QTest::newRow("braces") << "{a}[b]";
+    QTest::newRow("backslash") << "a\\b";
+    QTest::newRow("ampersand and equals") << "a&b=c";
+    QTest::newRow("Chinese") << text("三层");
+    QTest::newRow("emoji") << text("🏗");
+}
+
+// A node keeps the identifier that its host gave it; whatever the way did to it, another would be found, or
+// none.
+void KvPlanOperationsServiceTest::strangeIdentifiersAreFoundAgain()
+{
+    QFETCH(QString, id);
+    KvPlan plan = planNamed(text("一"));
+    KvPlanNode node;
+    node.id = id;
+    node.name = QString::fromLatin1(QTest::currentDataTag());
+    plan.planNodes.append(node);
+    QVERIFY(data().createPlan(plan));
+    QCOMPARE(plan.planNodes.first().id, id);
+
+    KvPlanNode found;
+    QVERIFY(data().getPlanNodeFromCacheById(id, found));
+    QCOMPARE(found.id, id);
+    QCOMPARE(found.name, node.name);
+    QCOMPARE(found.planId, plan.id);
 }
 
 void KvPlanOperationsServiceTest::twoHostsKeepTheirChanges()
