@@ -20,6 +20,7 @@ using Document = KvDocument&;
 using Duration = KvDuration&;
 using Link = KvPlanPredecessor&;
 using Node = KvPlanNode&;
+using Plan = KvPlan&;
 using Pool = KvDecodePool&;
 
 void readDuration(const QCborMap& in, KvDuration& out, KvDecodePool& pool);
@@ -27,6 +28,7 @@ void readDocuments(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool);
 void readLinks(const QJsonArray& in, KvPlanNode& out);
 void readMaterialBills(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool);
 void readPredecessors(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool);
+void readTasks(const QJsonArray& in, KvPlan& out, KvDecodePool& pool);
 
 // What QDateTime::toString gives for KvPub::getDateTimeFormat, at a fraction of its cost and with the digits
 // 0 to 9 whatever the user's language is.
@@ -111,6 +113,22 @@ const KvField<KvPlanNode> nodeFields[] = {
     {QLatin1String("updatedBy"), [](Value v, Node n, Pool p) { n.updatedBy = p.repeated(v); }},
     {QLatin1String("userIds"), [](Value v, Node n, Pool p) { n.userIds = p.idList(v.elements()); }},
 };
+// "projectFile", an older key of "projectFileId", is not read: the newer one replaces it in any case, also by
+// nothing, and existing services send both.
+const KvField<KvPlan> planFields[] = {
+    {QLatin1String("_id"), [](Value v, Plan n, Pool) { n.id = v.text(); }},
+    {QLatin1String("category"), [](Value v, Plan n, Pool p) { n.category = p.shared(v.text()); }},
+    {QLatin1String("createdAt"), [](Value v, Plan n, Pool p) { n.createdAt = p.dateTime(v.text()); }},
+    {QLatin1String("createdBy"), [](Value v, Plan n, Pool p) { n.createdBy = p.shared(v.text()); }},
+    {QLatin1String("name"), [](Value v, Plan n, Pool) { n.name = v.text(); }},
+    {QLatin1String("projectFileId"), [](Value v, Plan n, Pool) { n.projectFileId = v.text(); }},
+    {QLatin1String("projectId"), [](Value v, Plan n, Pool p) { n.projectId = p.shared(v.text()); }},
+    {QLatin1String("public"), [](Value v, Plan n, Pool) { n.isPublic = v.wholeNumber(); }},
+    {QLatin1String("ranges"), [](Value v, Plan n, Pool p) { n.ranges = p.idList(v.elements()); }},
+    {QLatin1String("tasks"), [](Value v, Plan n, Pool p) { readTasks(v.jsonArray(), n, p); }},
+    {QLatin1String("updatedAt"), [](Value v, Plan n, Pool p) { n.updatedAt = p.dateTime(v.text()); }},
+    {QLatin1String("updatedBy"), [](Value v, Plan n, Pool p) { n.updatedBy = p.shared(v.text()); }},
+};
 // clang-format on
 
 void readDuration(const QCborMap& in, KvDuration& out, KvDecodePool& pool)
@@ -164,33 +182,29 @@ void readMaterialBills(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool
     }
 }
 
+void readTasks(const QJsonArray& in, KvPlan& out, KvDecodePool& pool)
+{
+    out.planNodes.clear();
+    out.planNodes.reserve(in.size());
+    const KvPlanNode fresh;
+    for (const QJsonValue& task : in) {
+        out.planNodes.append(fresh);
+        jsonObjectToPlanNode(task.toObject(), out.planNodes.last(), pool);
+    }
+}
+
 } // namespace
 
 void jsonObjectToPlan(const QJsonObject& in, KvPlan& out)
 {
-    const QJsonArray tasks = in.value(QLatin1String("tasks")).toArray();
-    KvDecodePool pool(tasks.size());
-    out.id = in.value(QLatin1String("_id")).toString();
-    out.category = in.value(QLatin1String("category")).toString();
-    out.projectId = in.value(QLatin1String("projectId")).toString();
-    out.name = in.value(QLatin1String("name")).toString();
-    out.projectFileId = in.value(QLatin1String("projectFile")).toString();
-    out.createdAt = pool.dateTime(in.value(QLatin1String("createdAt")).toString());
-    out.createdBy = in.value(QLatin1String("createdBy")).toString();
-    out.updatedAt = pool.dateTime(in.value(QLatin1String("updatedAt")).toString());
-    out.updatedBy = in.value(QLatin1String("updatedBy")).toString();
-    // Replaces the older key "projectFile" read above, also by nothing: existing services send both.
-    out.projectFileId = in.value(QLatin1String("projectFileId")).toString();
-    out.isPublic = in.value(QLatin1String("public")).toInt(0);
-    out.ranges = pool.idList(QCborArray::fromJsonArray(in.value(QLatin1String("ranges")).toArray()));
+    KvDecodePool pool(in.value(QLatin1String("tasks")).toArray().size());
+    jsonObjectToPlan(in, out, pool);
+}
 
-    out.planNodes.clear();
-    out.planNodes.reserve(tasks.size());
-    const KvPlanNode fresh;
-    for (const QJsonValue& task : tasks) {
-        out.planNodes.append(fresh);
-        jsonObjectToPlanNode(task.toObject(), out.planNodes.last(), pool);
-    }
+void jsonObjectToPlan(const QJsonObject& in, KvPlan& out, KvDecodePool& pool)
+{
+    static const KvFields fields(planFields);
+    fields.read(in, out, pool);
 }
 
 // The nodes are read from "tasks" and written to "projectData": so the service names them in each direction.

@@ -14,6 +14,8 @@ namespace Kv {
 class KvDecodePool;
 
 void jsonObjectToPlan(const QJsonObject& in, KvPlan& out);
+/// The same for one plan of many, as for a node of many below.
+void jsonObjectToPlan(const QJsonObject& in, KvPlan& out, KvDecodePool& pool);
 void planToJsonObject(const KvPlan& in, QJsonObject& out);
 
 void jsonObjectToPlanNode(const QJsonObject& in, KvPlanNode& out);

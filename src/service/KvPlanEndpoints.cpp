@@ -1,5 +1,6 @@
 #include <service/KvPlanEndpoints.h>
 
+#include <model/KvDecodePool.h>
 #include <model/KvPlanCodec.h>
 #include <service/KvQueryFilter.h>
 #include <service/KvRequestFrame.h>
@@ -16,9 +17,10 @@ void appendPlans(const NetworkEventLoop& reply, QList<KvPlan>& plans)
 {
     const QList<QJsonObject> objects = reply.objectList();
     plans.reserve(plans.size() + objects.size());
+    KvDecodePool pool(objects.size());
     for (const QJsonObject& object : objects) {
         plans.append(KvPlan());
-        jsonObjectToPlan(object, plans.last());
+        jsonObjectToPlan(object, plans.last(), pool);
     }
 }
 
