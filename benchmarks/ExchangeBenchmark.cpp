@@ -142,12 +142,15 @@ void readDateByForm(benchmark::State& state)
 
 int main(int argc, char* argv[])
 {
-    for (const int tasks : {1000, 10000, 100000}) {
+    for (const int tasks : {1000, 10000, 100000, 1000000}) {
         const std::string size = "/" + std::to_string(tasks);
-        for (const auto& [name, function] : {std::pair{"parse", parse}, std::pair{"import", read},
-                                             std::pair{"export", convert}, std::pair{"write", write}})
+        for (const auto& [name, function] : {std::pair{"parse", parse}, std::pair{"import", read}})
             benchmark::RegisterBenchmark(name, function)->Arg(tasks)->Unit(benchmark::kMicrosecond);
         compare("import / QJsonDocument::fromJson" + size, "import" + size, "parse" + size, 0.5);
+        if (tasks == 1000000)
+            continue; // would take minutes, for figures that nothing limits
+        for (const auto& [name, function] : {std::pair{"export", convert}, std::pair{"write", write}})
+            benchmark::RegisterBenchmark(name, function)->Arg(tasks)->Unit(benchmark::kMicrosecond);
         compare("export / QJsonDocument::toJson" + size, "export" + size, "write" + size, 0);
     }
     benchmark::RegisterBenchmark("date", readDate);

@@ -10,6 +10,8 @@
 #include <QtCore/QCborValue>
 #include <QtCore/qmath.h>
 
+#include <cstring>
+
 namespace Kv {
 
 namespace {
@@ -21,6 +23,25 @@ int placesFor(int recordCount)
 }
 
 } // namespace
+
+// Four characters at a time: qHash takes one, which is a good part of what reading a text costs. Texts that
+// meet in one place only displace each other.
+uint KvDecodePool::placeOf(const QString& text)
+{
+    constexpr quint64 factor = 0x9e3779b97f4a7c15; // 2^64 divided by the golden ratio
+    const QChar* rest = text.constData();
+    int left = text.size();
+    quint64 hash = quint64(left);
+    for (; left >= 4; left -= 4, rest += 4) {
+        quint64 four = 0;
+        std::memcpy(&four, rest, sizeof four);
+        hash = (hash ^ four) * factor;
+        hash ^= hash >> 32;
+    }
+    for (; left > 0; --left, ++rest)
+        hash = (hash ^ rest->unicode()) * factor;
+    return uint(hash >> 32);
+}
 
 KvDecodePool::KvDecodePool(int recordCount)
     : m_placeCount(placesFor(recordCount))

@@ -55,13 +55,15 @@ private:
     {
         if (entries.isEmpty())
             entries.resize(m_placeCount);
-        Entry<Value>& entry = entries[int(qHash(text) & uint(m_placeCount - 1))];
+        Entry<Value>& entry = entries[int(placeOf(text) & uint(m_placeCount - 1))];
         if (entry.text != text) {
             entry.value = make(text);
             entry.text = text;
         }
         return entry.value;
     }
+
+    static uint placeOf(const QString& text);
 
     struct Last
     {
