@@ -3,6 +3,7 @@
 #include <KvPlanData/KvPlanDataExport.h>
 #include <model/KvPlanRecords.h>
 
+#include <QtCore/QJsonObject>
 #include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -97,12 +98,197 @@ public:
 
     // Plan nodes
 
+    /// Creates @p node on the service and caches what the service made of it under its new id.
+    ///
+    /// Blocks. A node without a project is created in the current one; its `planId` names its plan, an empty
+    /// one leaves it outside any plan. On success @p node holds the service's record, with its id; the
+    /// predecessors of the reply are added to those that @p node holds.
+    /// @return false when the request failed; @p node is then overwritten (as a rule empty) and no cache
+    /// changes.
+    bool createPlanNode(KvPlanNode& node);
+
+    /// Creates all @p nodes in a plan, in one request that the service carries out whole or not at all, and
+    /// caches each of the service's records under its id.
+    ///
+    /// Blocks. Every node is created in the current project, whatever its `projectId` says.
+    /// @param[in,out] nodes replaced by the service's records, in the order of its reply.
+    /// @return false when the request failed; @p nodes is then empty and no cache changes.
+    bool createPlanNodes(const QString& planId, QList<KvPlanNode>& nodes);
+
+    /// Sends what differs between @p node and the node cached under its id, and caches the service's answer.
+    ///
+    /// Blocks, unless nothing differs: @p node then becomes the cached record, without a request. Two hosts
+    /// that change different fields of a node both keep their change. The predecessors of the reply are added
+    /// to those that @p node holds. Read the node first: against a node that is not cached an empty one is
+    /// compared and put into the cache, where it stays after a failure; as an empty node has no id, the
+    /// service then refuses the request.
+    /// @return false when the request failed; @p node is then overwritten (as a rule empty).
+    bool updatePlanNode(KvPlanNode& node);
+
+    /// Sends what differs between each of @p nodes and the node cached under its id, in one request that the
+    /// service carries out whole or not at all.
+    ///
+    /// Blocks; the request is sent also when nothing differs. The cache keeps the nodes as they were before
+    /// the edit, so that hasChanged() goes on to report them: read them again to see what the service kept.
+    /// A node that is not cached is sent whole, and leaves an empty entry in the cache, also after a failure.
+    /// @param[in,out] nodes empty afterwards, whatever the outcome: pass a copy.
+    /// @return false when the request failed.
+    bool updatePlanNodes(QList<KvPlanNode>& nodes);
+
+    /// Deletes a node on the service. Blocks. The cache keeps its copy.
+    bool deletePlanNodeById(const QString& id);
+
+    /// Deletes nodes on the service, in one request, which is sent for an empty list too. Blocks. The cache
+    /// keeps its copies.
+    bool deletePlanNodesByIds(const QStringList& ids);
+
+    /// Reads one node, with its documents, from the service and keeps a copy in the node cache under @p id.
+    ///
+    /// Blocks. Always asks the service. Pass a freshly constructed node, as for getPlanNodeFromCacheById().
+    /// @return false when the request failed; @p node is then overwritten and no cache changes.
+    bool getPlanNodeById(const QString& id, KvPlanNode& node);
+
     /// Copies the plan node cached under @p id into @p node, without a request; a node that is not cached is
     /// read from the service, with its documents, and cached under @p id.
     ///
     /// Pass a freshly constructed node: predecessors that are read are added to those that @p node holds.
     /// @return false when the request failed; @p node is then overwritten and no cache changes.
     bool getPlanNodeFromCacheById(const QString& id, KvPlanNode& node);
+
+    /// Adds all nodes of a plan to @p nodes; see getPlanNodesByPlanIds().
+    bool getPlanNodesByPlanId(const QString& planId, QList<KvPlanNode>& nodes);
+
+    /// Adds all nodes of the plans to @p nodes, with their documents, and caches each under its id.
+    ///
+    /// Blocks. The category of the first plan, which is read and cached when it is not cached yet, is asked
+    /// for in all of them: pass plans of one category. An empty list of plans sends nothing.
+    /// @return true, also when the request failed: existing hosts tell a failure by the unchanged list.
+    bool getPlanNodesByPlanIds(const QStringList& planIds, QList<KvPlanNode>& nodes);
+
+    /// Adds a page of the current user's tasks that are not finished to @p nodes, the earliest planned finish
+    /// first: @p limit of them after the first @p skip, of one @p category or, if empty, of all. Blocks;
+    /// caches nothing.
+    /// @return false when the request failed; @p nodes is then unchanged.
+    bool getAllPlanNodes(int skip, int limit, QList<KvPlanNode>& nodes, const QString& category);
+
+    /// How many nodes of the plan that @p condition names meet it. Blocks; caches nothing.
+    /// @return false when the request failed; @p count is then 0. Without a plan id also false, without a
+    /// request and with @p count untouched.
+    bool getPlanNodeRangeCount(const KvPlanNodeCondition& condition, int& count);
+
+    /// Adds a page of the nodes that meet @p condition to @p nodes: @p limit of them after the first @p skip.
+    ///
+    /// Blocks. On success the node cache is emptied, and the page is not put into it.
+    /// @return true, also when the request failed or, without a plan id, was not sent: existing hosts tell a
+    /// failure by the unchanged list.
+    bool getPlanNodeRangeData(const KvPlanNodeCondition& condition, int skip, int limit,
+                              QList<KvPlanNode>& nodes);
+
+    /// Creates those of @p nodes that have no id in the plan, then sends what changed in the others, each
+    /// group in one request; a group without nodes sends nothing. distributePlanNodes() tells beforehand
+    /// which those are.
+    ///
+    /// Blocks. Nothing is deleted. No failure is told: read the nodes again, or watch
+    /// `NetworkManager::requestFinished`. Cache effects as of createPlanNodes() and updatePlanNodes().
+    void savePlanNodes(const QString& planId, const QList<KvPlanNode>& nodes);
+
+    // Changes
+
+    /// Always false. Pass the edited nodes to learn whether there is something to save.
+    bool hasChanged() const;
+
+    /// Whether savePlanNodes() would have something of @p nodes to create or to update. Never asks the
+    /// service; compares as distributePlanNodes() does.
+    bool hasChanged(const QList<KvPlanNode>& nodes) const;
+
+    /// Adds the nodes without an id to @p toCreate and those that differ from the node cached under their id,
+    /// or are not cached, to @p toUpdate, each in the order of @p nodes. Never asks the service.
+    ///
+    /// Compared are id, numbers, name, planned and actual dates, progress, the settings of the simulation,
+    /// workloads, people and linked entities. A change of anything else, such as `remark` or `predecessors`,
+    /// is no change here.
+    /// @param toDeleteIds never touched: nodes that are missing from @p nodes are not reported.
+    void distributePlanNodes(const QList<KvPlanNode>& nodes, QList<KvPlanNode>& toCreate,
+                             QList<KvPlanNode>& toUpdate, QStringList& toDeleteIds) const;
+
+    /// Adds the models that cached nodes of the plans link to to @p modelIds, in ascending order of the
+    /// nodes' ids; a model is added once for each node that links to it. Never asks the service: nodes that
+    /// were not read contribute nothing.
+    void getPlanRelateModelInfo(const QStringList& planIds, QStringList& modelIds);
+
+    // Progress
+
+    /// Adds the progress responses of a node to @p responses, oldest first, with their documents. Blocks;
+    /// caches nothing. @return false when the request failed; @p responses is then unchanged.
+    bool getPlanNodeResponses(const QString& planNodeId, QList<KvPlanNodeResponse>& responses);
+
+    /// Reports progress on a node. Blocks; caches nothing: a node that the report moves along keeps its state
+    /// in the node cache until it is read again.
+    ///
+    /// On success @p response holds the service's record; documents of the reply are added to those that
+    /// @p response holds, and their ids to its `documentIds`.
+    /// @return false when the request failed; @p response is then overwritten (as a rule empty but for its
+    /// documents).
+    bool createPlanNodeResponse(const QString& planNodeId, KvPlanNodeResponse& response);
+
+    /// Adds how many of the current user's tasks were finished in each @p period ("day", "week", "month" or
+    /// "year") to @p quantities, of one @p category or, if empty, of all. Blocks; caches nothing.
+    /// @return false when the request failed; @p quantities is then unchanged.
+    bool getPlanNodeQuantities(QList<KvStatisticsQuantity>& quantities, const QString& category,
+                               const QString& period);
+
+    /// Counts the current user's tasks by status and situation, of one @p category or, if empty, of all.
+    /// Blocks; caches nothing. The name is kept as it is for existing hosts.
+    /// @return false when the request failed; @p statistics is then empty.
+    bool geStatistics(const QString& category, KvPlanStatistics& statistics);
+
+    // The current user
+
+    /// Asks the service for the current user's rights in the current project and @p category, which the
+    /// functions below then tell. Blocks for five requests. A right whose request fails stays as it was.
+    void initAuth(const QString& category);
+
+    /// Whether the user may create, edit, delete, read or export plans, as the last initAuth() found; false
+    /// before it. What the service does with a request it decides by itself. The right to read means all
+    /// plans: a user who may read their own only does not have it here.
+    bool getCreateAuth();
+    bool getEditAuth();
+    bool getDeleteAuth();
+    bool getReadAuth();
+    bool getExportAuth();
+
+    /// Reads a setting that the service keeps for the current user. Blocks; caches nothing.
+    /// @param[out] value {key: setting}; empty when nothing is stored, and on failure.
+    /// @return false when the request failed.
+    bool loadSetting(const QString& key, QJsonObject& value);
+
+    /// Stores a setting of the current user on the service. Blocks; caches nothing.
+    /// @param value {"value": setting}
+    /// @return false when the request failed.
+    bool saveSetting(const QString& key, const QJsonObject& value);
+
+    // Metering states, kept by the state service and cached by the task (plan node) that they belong to
+
+    /// Creates a state in the current project and caches it. Blocks. The service gives it its first state
+    /// code, whatever @p state says; send one by updateMeteringState().
+    /// @return false when the request failed; @p state is then overwritten (as a rule empty) and no cache
+    /// changes.
+    bool createMeteringState(KvMeteringState& state);
+
+    /// Sets the state code of a task and caches the service's record. Blocks.
+    /// @return false when the request failed; @p state is then overwritten (as a rule empty) and no cache
+    /// changes.
+    bool updateMeteringState(KvMeteringState& state);
+
+    /// Replaces @p states by those of the plans in the current project and caches each; of two states of one
+    /// task the later in the list stays. Blocks; an empty list of plans is asked for too.
+    /// @return false when the request failed; @p states is then empty and no cache changes.
+    bool getMeteringState(const QStringList& planIds, QList<KvMeteringState>& states);
+
+    /// Copies the cached state of a task into @p state. Never asks the service.
+    /// @return false, with @p state untouched, when none was read, created or updated in this process since
+    /// the cache was last emptied.
+    bool getPlanNodeMeteringState(const QString& taskId, KvMeteringState& state);
 
 private:
     KvPlanData();

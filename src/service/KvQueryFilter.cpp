@@ -9,9 +9,48 @@ namespace Kv {
 
 namespace {
 
-QString compactText(const QJsonObject& object)
+QJsonObject dateRangeFilter(const QDateTime& start, const QDateTime& lastDay)
 {
-    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    // A day added to no date would make one in the year -4714 of it.
+    const QDateTime end = lastDay.isValid() ? lastDay.addDays(1) : lastDay;
+    return {{QLatin1String("$gte"), KvPub::getQStringByDateTime(start)},
+            {QLatin1String("$lt"), KvPub::getQStringByDateTime(end)}};
+}
+
+QJsonObject nameFilter(const QString& pattern)
+{
+    return {{QLatin1String("$regex"), pattern}, {QLatin1String("$options"), QLatin1String("i")}};
+}
+
+QString categorySuffix(const QString& category)
+{
+    return category.isEmpty() ? QString() : QLatin1String("&category=") + category;
+}
+
+QLatin1String listSuffix(int listType)
+{
+    switch (listType) {
+    case 0:
+        return QLatin1String("&list=all");
+    case 1:
+        return QLatin1String("&list=received");
+    case 2:
+        return QLatin1String("&list=post");
+    default:
+        return QLatin1String("");
+    }
+}
+
+QLatin1String finishSuffix(int finishState)
+{
+    switch (finishState) {
+    case -1:
+        return QLatin1String("");
+    case 1:
+        return QLatin1String("&finish=true");
+    default:
+        return QLatin1String("&finish=false");
+    }
 }
 
 } // namespace
@@ -26,23 +65,55 @@ QString buildPlanQuery(const KvPlanCondition& condition)
     }
     if (!condition.name.isEmpty())
         where.insert(QLatin1String("name"), makeNameRegexFilter(condition));
-    QString text = compactText(where);
-    if (!condition.category.isEmpty())
-        text += QLatin1String("&category=") + condition.category;
-    return text;
+    return filterText(where) + categorySuffix(condition.category);
+}
+
+QString buildPlanNodeQuery(const KvPlanNodeCondition& condition)
+{
+    QJsonObject where;
+    if (!condition.allTime)
+        where.insert(QLatin1String("createdAt"), makeDateRangeFilter(condition));
+    if (!condition.name.isEmpty())
+        where.insert(QLatin1String("displayName"), nameFilter(condition.name));
+    if (!condition.planId.isEmpty())
+        where.insert(QLatin1String("planId"), condition.planId);
+    // After the plan, which it replaces: hosts ask for tasks outside any plan by way of the plan's endpoint.
+    if (condition.withoutPlan)
+        where.insert(QLatin1String("planId"), QJsonValue::Null);
+    if (!condition.userId.isEmpty())
+        where.insert(QLatin1String("userIds"), condition.userId);
+    if (!condition.relativeUserId.isEmpty())
+        where.insert(QLatin1String("relativeUserIds"), condition.relativeUserId);
+    return filterText(where) + categorySuffix(condition.category) + listSuffix(condition.listType) +
+           finishSuffix(condition.finishState);
 }
 
 QJsonObject makeDateRangeFilter(const KvPlanCondition& condition)
 {
-    // A day added to no date would make one in the year -4714 of it.
-    const QDateTime end = condition.endDate.isValid() ? condition.endDate.addDays(1) : condition.endDate;
-    return {{QLatin1String("$gte"), KvPub::getQStringByDateTime(condition.startDate)},
-            {QLatin1String("$lt"), KvPub::getQStringByDateTime(end)}};
+    return dateRangeFilter(condition.startDate, condition.endDate);
+}
+
+QJsonObject makeDateRangeFilter(const KvPlanNodeCondition& condition)
+{
+    return dateRangeFilter(condition.startDate, condition.endDate);
 }
 
 QJsonObject makeNameRegexFilter(const KvPlanCondition& condition)
 {
-    return {{QLatin1String("$regex"), condition.name}, {QLatin1String("$options"), QLatin1String("i")}};
+    return nameFilter(condition.name);
+}
+
+QJsonObject makeInFilter(const QStringList& values)
+{
+    QJsonArray list;
+    for (const QString& value : values)
+        list.append(toIdValue(value));
+    return {{QLatin1String("$in"), list}};
+}
+
+QString filterText(const QJsonObject& filter)
+{
+    return QString::fromUtf8(QJsonDocument(filter).toJson(QJsonDocument::Compact));
 }
 
 } // namespace Kv

@@ -24,15 +24,27 @@ QString serviceUrl(QLatin1String service, const char* pathTemplate);
 /// The current project, read anew from the application's soft cache at each call.
 QString currentProject();
 
+template<class... Arguments>
+QString filledUrl(QString url, const Arguments&... arguments)
+{
+    ((url = url.arg(arguments)), ...);
+    return url;
+}
+
 /// The URL of a path of the task service. Placeholders are filled in ascending order, one at a time, with
 /// texts and decimal numbers as they stand: nothing is percent-encoded here, the network library sees to
 /// that. A text that itself holds a placeholder would be filled by a later argument; identifiers hold none.
 template<class... Arguments>
 QString taskUrl(const char* pathTemplate, const Arguments&... arguments)
 {
-    QString url = serviceUrl(QLatin1String("task-service/"), pathTemplate);
-    ((url = url.arg(arguments)), ...);
-    return url;
+    return filledUrl(serviceUrl(QLatin1String("task-service/"), pathTemplate), arguments...);
+}
+
+/// The same for a path of the state service, which keeps the metering states.
+template<class... Arguments>
+QString stateUrl(const char* pathTemplate, const Arguments&... arguments)
+{
+    return filledUrl(serviceUrl(QLatin1String("ka-rond-service/"), pathTemplate), arguments...);
 }
 
 /// Waits until @p reply is complete, hands it to @p read, and tells whether the request succeeded.
