@@ -25,6 +25,7 @@ public:
     FieldReader(const FieldReader* parent, const char* key);
 
     bool has(const char* key) const { return m_object.contains(QLatin1String(key)); }
+    bool hasNumber(const char* key) const { return m_object.value(QLatin1String(key)).isDouble(); }
     QString text(const char* key) const;
     /// Empty, or yyyy-MM-ddThh:mm:ss.zzz; see siteDate().
     QString date(const char* key) const;

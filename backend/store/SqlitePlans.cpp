@@ -171,18 +171,22 @@ bool SqliteStore::hasPlanNamed(const QString& projectId, const QString& name)
 
 std::optional<PlanNodeRecord> SqliteStore::planNode(const QString& planNodeId)
 {
-    QSqlQuery& row = m_database->run(sql("SELECT planId, createdAt, createdBy, updatedAt,"
-                                         " CAST(document AS BLOB) FROM planNodes WHERE id = ?"),
+    QSqlQuery& row = m_database->run(sql("SELECT planId, projectId, category, rowNumber, createdAt,"
+                                         " createdBy, updatedAt, CAST(document AS BLOB)"
+                                         " FROM planNodes WHERE id = ?"),
                                      {planNodeId});
     std::optional<PlanNodeRecord> node;
     if (row.next()) {
         node = PlanNodeRecord();
         node->id = planNodeId;
         node->planId = row.value(0).toString();
-        node->createdAt = row.value(1).toString();
-        node->createdBy = row.value(2).toString();
-        node->updatedAt = row.value(3).toString();
-        node->document = row.value(4).toByteArray();
+        node->projectId = row.value(1).toString();
+        node->category = row.value(2).toString();
+        node->rowNumber = row.value(3).toInt();
+        node->createdAt = row.value(4).toString();
+        node->createdBy = row.value(5).toString();
+        node->updatedAt = row.value(6).toString();
+        node->document = row.value(7).toByteArray();
     }
     row.finish();
     return node;

@@ -171,7 +171,7 @@ public:
     /// @param withDocuments embeds the documents that "documentIds" names, in that order, under "documents".
     /// @return an empty list when there is no such node.
     virtual JsonPieces planNodeJson(const QString& planNodeId, bool withDocuments) = 0;
-    /// The node as far as a new version of it is compared with it: id, plan, stamps, document.
+    /// The node as far as a change of it needs: id, plan, project, category, row, stamps, document.
     /// @return nothing when there is no such node.
     virtual std::optional<PlanNodeRecord> planNode(const QString& planNodeId) = 0;
 
