@@ -77,6 +77,10 @@ void writePlanNode(PlanNodeRecord& node, const FieldReader& in, const Stamp& sta
     node.createdAt = stamp.createdAt;
     node.createdBy = stamp.createdBy;
     node.updatedAt = stamp.updatedAt;
+    const QStringList responsible = in.texts("userIds");
+    const QStringList executing = in.texts("executeIds");
+    const QStringList cooperating = in.texts("cooperateIds");
+    node.people = peopleText(responsible + executing + cooperating);
 
     JsonWriter json;
     json.beginObject();
@@ -115,9 +119,9 @@ void writePlanNode(PlanNodeRecord& node, const FieldReader& in, const Stamp& sta
     // Comes in as "links" and goes out as "entity".
     json.key("entity");
     writeNamedLists(json, in, "links", "modelId", "entityIds");
-    json.key("userIds").texts(in.texts("userIds"));
-    json.key("executeIds").texts(in.texts("executeIds"));
-    json.key("cooperateIds").texts(in.texts("cooperateIds"));
+    json.key("userIds").texts(responsible);
+    json.key("executeIds").texts(executing);
+    json.key("cooperateIds").texts(cooperating);
     json.key("documentIds").texts(in.texts("documentIds"));
     json.key("materialBills");
     writeNamedLists(json, in, "materialBills", "rId", "statusIds");

@@ -127,6 +127,9 @@ SampleNode SampleNodeJson::node(const std::vector<SampleItem>& items, std::size_
                            ? (record.actualStartDate.isEmpty() ? record.createdAt : record.actualStartDate)
                            : record.actualFinishDate;
     record.createdBy = m_plan.createdBy;
+    const QStringList executing = leaf ? peopleFor(item, 1) : QStringList();
+    const QStringList cooperating = leaf && item.floor % 2 == 1 ? peopleFor(item, 2) : QStringList();
+    record.people = peopleText(peopleFor(item, 0) + executing + cooperating);
     const bool late = leaf && item.actualEnd > item.end;
 
     m_json.beginObject();
@@ -168,8 +171,8 @@ SampleNode SampleNodeJson::node(const std::vector<SampleItem>& items, std::size_
     m_json.key("entity");
     writeEntities(item, random);
     m_json.key("userIds").texts(peopleFor(item, 0));
-    m_json.key("executeIds").texts(leaf ? peopleFor(item, 1) : QStringList());
-    m_json.key("cooperateIds").texts(leaf && item.floor % 2 == 1 ? peopleFor(item, 2) : QStringList());
+    m_json.key("executeIds").texts(executing);
+    m_json.key("cooperateIds").texts(cooperating);
     m_json.key("documentIds").texts(item.withDocument ? QStringList{documentIdOf(index)} : QStringList());
     m_json.key("materialBills");
     writeBills(item);

@@ -90,6 +90,38 @@ Migration planLists()
              text("CREATE INDEX plansByName ON plans(projectId, name)")}};
 }
 
+/// What is reported back on nodes; and one index from which the progress of a project is told and its nodes
+/// are found by who works on them, without a look at the nodes themselves.
+Migration progress()
+{
+    return {5,
+            {text("ALTER TABLE planNodes ADD COLUMN people TEXT NOT NULL DEFAULT ''"),
+             text("UPDATE planNodes SET people = char(10) || coalesce((SELECT group_concat("
+                  "   replace(replace(value, '\\', '\\\\'), char(10), '\\n'), char(10)) || char(10)"
+                  "  FROM (SELECT value FROM json_each(document, '$.userIds')"
+                  "   UNION ALL SELECT value FROM json_each(document, '$.executeIds')"
+                  "   UNION ALL SELECT value FROM json_each(document, '$.cooperateIds'))), '')"),
+             text("DROP INDEX planNodesByProject"),
+             text("CREATE INDEX planNodesByProject ON planNodes(projectId, category, finishDate, startDate,"
+                  " actualStartDate, actualFinishDate, createdBy, people)"),
+             text("CREATE TABLE responses ("
+                  " number INTEGER NOT NULL PRIMARY KEY,"
+                  " id TEXT NOT NULL UNIQUE,"
+                  " planNodeId TEXT NOT NULL REFERENCES planNodes(id) ON DELETE CASCADE,"
+                  " createdAt TEXT NOT NULL,"
+                  " document TEXT NOT NULL)"),
+             text("CREATE INDEX responsesByNode ON responses(planNodeId, createdAt, number)"),
+             text("CREATE TABLE taskStates ("
+                  " number INTEGER NOT NULL PRIMARY KEY,"
+                  " id TEXT NOT NULL UNIQUE,"
+                  " taskId TEXT NOT NULL UNIQUE REFERENCES planNodes(id) ON DELETE CASCADE,"
+                  " projectId TEXT NOT NULL,"
+                  " planId TEXT NOT NULL,"
+                  " responseId TEXT NOT NULL,"
+                  " state INTEGER NOT NULL)"),
+             text("CREATE INDEX taskStatesByPlan ON taskStates(projectId, planId)")}};
+}
+
 int versionOf(SqliteDatabase& database)
 {
     return database.value(QStringLiteral("PRAGMA user_version")).toInt();
@@ -118,7 +150,8 @@ void apply(SqliteDatabase& database, const Migration& step)
 
 const QList<Migration>& migrations()
 {
-    static const QList<Migration> steps{plansAndNodes(), tokensAndRights(), userSettings(), planLists()};
+    static const QList<Migration> steps{plansAndNodes(), tokensAndRights(), userSettings(), planLists(),
+                                        progress()};
     return steps;
 }
 

@@ -1,45 +1,10 @@
 #include "PlanListSql.h"
 
+#include "VisibilitySql.h"
+
 namespace PlanService {
 
 namespace {
-
-/// Categories without rights of their own follow the rights for the whole project.
-void addVisibility(const Visibility& visible, SqlCondition& condition)
-{
-    if (visible.categories.isEmpty() && visible.elsewhere == ReadScope::All) {
-        return;
-    }
-    const QString user = visible.user.isNull() ? QStringLiteral("") : visible.user;
-    QStringList choices;
-    QVariantList parameters;
-    for (auto it = visible.categories.begin(); it != visible.categories.end(); ++it) {
-        if (it.value() != ReadScope::None) {
-            choices += it.value() == ReadScope::All ? QStringLiteral("category = ?")
-                                                    : QStringLiteral("(category = ? AND createdBy = ?)");
-            parameters += it.key();
-            if (it.value() == ReadScope::Own) {
-                parameters += user;
-            }
-        }
-    }
-    if (visible.elsewhere != ReadScope::None) {
-        QStringList others;
-        for (auto it = visible.categories.begin(); it != visible.categories.end(); ++it) {
-            others += QStringLiteral("category <> ?");
-            parameters += it.key();
-        }
-        if (visible.elsewhere == ReadScope::Own) {
-            others += QStringLiteral("createdBy = ?");
-            parameters += user;
-        }
-        choices += QLatin1Char('(') + others.join(QLatin1String(" AND ")) + QLatin1Char(')');
-    }
-    condition.also(choices.isEmpty()
-                       ? QStringLiteral("0")
-                       : QLatin1Char('(') + choices.join(QLatin1String(" OR ")) + QLatin1Char(')'),
-                   parameters);
-}
 
 SqlCondition conditionOf(const PlanQuery& query)
 {
@@ -48,7 +13,10 @@ SqlCondition conditionOf(const PlanQuery& query)
     if (query.category) {
         condition.also(QStringLiteral("category = ?"), {*query.category});
     }
-    addVisibility(query.visible, condition);
+    addVisibility(query.visible,
+                  {QStringLiteral("createdBy = ?"),
+                   {query.visible.user.isNull() ? QStringLiteral("") : query.visible.user}},
+                  condition);
     if (query.where.kind != Filter::Kind::All || !query.where.terms.isEmpty()) {
         const SqlCondition where = sqlOf(query.where);
         condition.also(where.text, where.parameters);

@@ -47,6 +47,7 @@ QVariantList parametersOf(const PlanNodeRecord& node)
             dateOrNull(node.createdAt),
             dateOrNull(node.updatedAt),
             orEmpty(node.createdBy),
+            orEmpty(node.people),
             QString::fromUtf8(node.document),
             node.id};
 }
@@ -68,8 +69,8 @@ void SqliteStore::insertPlanNode(const PlanNodeRecord& node)
     m_database
         ->run(sql("INSERT INTO planNodes (planId, projectId, category, name, rowNumber, uniqueId,"
                   " parentTaskId, startDate, finishDate, actualStartDate, actualFinishDate,"
-                  " createdAt, updatedAt, createdBy, document, id)"
-                  " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+                  " createdAt, updatedAt, createdBy, people, document, id)"
+                  " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
               parametersOf(node))
         .finish();
 }
@@ -94,11 +95,12 @@ void SqliteStore::updatePlan(const PlanRecord& plan)
 void SqliteStore::updatePlanNode(const PlanNodeRecord& node)
 {
     m_database
-        ->run(sql("UPDATE planNodes SET planId = ?, projectId = ?, category = ?, name = ?, rowNumber = ?,"
-                  " uniqueId = ?, parentTaskId = ?, startDate = ?, finishDate = ?, actualStartDate = ?,"
-                  " actualFinishDate = ?, createdAt = ?, updatedAt = ?, createdBy = ?, document = ?"
-                  " WHERE id = ?"),
-              parametersOf(node))
+        ->run(
+            sql("UPDATE planNodes SET planId = ?, projectId = ?, category = ?, name = ?, rowNumber = ?,"
+                " uniqueId = ?, parentTaskId = ?, startDate = ?, finishDate = ?, actualStartDate = ?,"
+                " actualFinishDate = ?, createdAt = ?, updatedAt = ?, createdBy = ?, people = ?, document = ?"
+                " WHERE id = ?"),
+            parametersOf(node))
         .finish();
 }
 
@@ -117,9 +119,9 @@ void SqliteStore::copyPlanNodes(const QString& fromPlanId, const PlanRecord& pla
     m_database
         ->run(sql("INSERT INTO planNodes (id, planId, projectId, category, name, rowNumber, uniqueId,"
                   " parentTaskId, startDate, finishDate, actualStartDate, actualFinishDate,"
-                  " createdAt, updatedAt, createdBy, document)"
+                  " createdAt, updatedAt, createdBy, people, document)"
                   " SELECT newId, p.id, projectId, category, name, rowNumber, uniqueId, parentTaskId,"
-                  " startDate, finishDate, actualStartDate, actualFinishDate, p.at, p.at, p.by,"
+                  " startDate, finishDate, actualStartDate, actualFinishDate, p.at, p.at, p.by, people,"
                   " json_set(json_remove(document, '$.GUID'), '$._id', newId, '$.planId', p.id,"
                   " '$.createdAt', p.at, '$.createdBy', p.by, '$.updatedAt', p.at, '$.updatedBy', p.by)"
                   " FROM (SELECT ? AS id, ? AS at, ? AS by) p,"

@@ -67,9 +67,23 @@ struct PlanNodeRecord
     QString createdAt;
     QString updatedAt;
     QString createdBy;
+    QString people; ///< responsible, executing and cooperating users; see peopleText()
     QByteArray
         document; ///< the node's JSON object without "planName", "milestone", "summary" and "documents"
 };
+
+/// A list of users as one text that one user is looked up in: each name between line ends.
+inline QString peopleText(const QStringList& users)
+{
+    QString text = QStringLiteral("\n");
+    for (const QString& user : users) {
+        text += QString(user)
+                    .replace(QLatin1Char('\\'), QLatin1String("\\\\"))
+                    .replace(QLatin1Char('\n'), QLatin1String("\\n")) +
+                QLatin1Char('\n');
+    }
+    return text;
+}
 
 /// A document attached to nodes or responses.
 struct DocumentRecord

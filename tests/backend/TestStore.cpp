@@ -196,6 +196,33 @@ private Q_SLOTS:
         QCOMPARE(openStore(m_path, MissingDatabase::Refuse)->schemaVersion(), newest());
     }
 
+    void tellsWhoWorksOnOlderNodes()
+    {
+        const QStringList responsible{"ann"_s, "back\\slash"_s};
+        const QStringList cooperating{"line\nend"_s, "引号\""_s};
+        {
+            SqliteDatabase database(m_path);
+            migrate(database, migrations().mid(0, 4));
+            database.execute("INSERT INTO plans (id, projectId, category, name, createdBy, document)"
+                             " VALUES ('a', 'p1', '', '', '', '{}')"_s);
+            const auto insert = [&](const QString& id, const QJsonObject& document) {
+                database.run("INSERT INTO planNodes (planId, projectId, category, name, rowNumber, uniqueId,"
+                             " parentTaskId, createdBy, id, document)"
+                             " VALUES ('a', 'p1', '', '', 1, 1, 1, '', ?, ?)"_s,
+                             {id, QString::fromUtf8(QJsonDocument(document).toJson())});
+            };
+            insert("named"_s, {{"userIds"_s, QJsonArray::fromStringList(responsible)},
+                               {"executeIds"_s, QJsonArray()},
+                               {"cooperateIds"_s, QJsonArray::fromStringList(cooperating)}});
+            insert("nobody"_s, {});
+        }
+        openStore(m_path, MissingDatabase::Refuse);
+        SqliteDatabase database(m_path);
+        const QString people = "SELECT people FROM planNodes WHERE id = ?"_s;
+        QCOMPARE(database.value(people, {"named"_s}).toString(), peopleText(responsible + cooperating));
+        QCOMPARE(database.value(people, {"nobody"_s}).toString(), peopleText({}));
+    }
+
     void undoesAFailedStep()
     {
         const Migration broken{2, {"CREATE TABLE half (a)"_s, "CREATE NONSENSE"_s}};
