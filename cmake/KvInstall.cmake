@@ -19,6 +19,8 @@ install(FILES
     src/model/KvPlanRecords.h src/model/KvPlanStatistics.h
     DESTINATION "${kv_include_dir}/model")
 install(FILES src/plandata/KvPlanData.h DESTINATION "${kv_include_dir}/plandata")
+install(FILES src/setting/KvGrowthType.h src/setting/KvPlanSetting.h src/setting/KvTimeLineSet.h
+    DESTINATION "${kv_include_dir}/setting")
 
 foreach(library IN LISTS kv_libraries)
     get_target_property(binary_dir ${library} BINARY_DIR)

@@ -7,6 +7,7 @@
 #include <model/KvPlanDataUtils.h>
 #include <model/KvPlanRecords.h>
 #include <plandata/KvPlanData.h>
+#include <setting/KvPlanSetting.h>
 
 #include <QtCore/QCoreApplication>
 
@@ -32,7 +33,8 @@ int main(int argc, char* argv[])
     nodes[1].parentTaskId = 1;
     KvPlanDataUtils::makePlanNodeListTree(nodes);
     const bool tree = nodes.size() == 1 && nodes.first().children.size() == 1;
-    const bool good = !read && refused && plan.name.isEmpty() && dates && tree;
+    const bool colours = KvPlanSetting::instance()->GetPlanColor(QStringLiteral("65f0")).isValid();
+    const bool good = !read && refused && plan.name.isEmpty() && dates && tree && colours;
     std::puts(good ? "consumer: good" : "consumer: bad");
     return good ? 0 : 1;
 }
