@@ -2,6 +2,7 @@
 #include "Output.h"
 #include "PlanCommands.h"
 #include "ShowCommand.h"
+#include "Translations.h"
 #include "TreeCommand.h"
 
 #include <QtCore/QCoreApplication>
@@ -58,6 +59,8 @@ int main(int argc, char* argv[])
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("kvplan"));
     QCoreApplication::setApplicationVersion(QStringLiteral(KVPLAN_VERSION));
+
+    installTranslations();
 
     QStringList arguments = QCoreApplication::arguments().mid(1);
     if (arguments.isEmpty()) {

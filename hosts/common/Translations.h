@@ -1,0 +1,10 @@
+#pragma once
+
+/// Has the library's labels translated into the user's language, as the locale tells it: the first of the
+/// user's languages that there is a catalogue for. Chinese needs none; whoever reads neither that nor any of
+/// the others gets English. Catalogues are looked for in the folder "translations" beside the program, then
+/// where they are installed.
+///
+/// To be called after the application object is made and before the library is asked for a label: some keep
+/// the language in which they were asked for first.
+void installTranslations();
