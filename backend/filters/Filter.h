@@ -8,11 +8,16 @@ namespace PlanService {
 
 enum class FieldKind
 {
-    Text,
+    Text, ///< "" where nothing is set
+    Name, ///< as Text, but NULL where nothing is set
     Date,
     Whole,
+    Real,
+    Flag,  ///< 1 or 0
     Texts, ///< a list of texts; it equals a text that is one of its elements
 };
+
+struct SqlCondition;
 
 /// A field that filters may name.
 struct FilterField
@@ -20,6 +25,8 @@ struct FilterField
     const char* name; ///< on the wire
     FieldKind kind;
     const char* expression; ///< its value in SQL; for Texts the list as JSON
+    /// Texts: a quicker way to say that the text is in the list; without one the list is read.
+    SqlCondition (*holds)(const QString& text) = nullptr;
 };
 
 /// A condition on a record, as a small tree. The default holds for every record.
@@ -37,7 +44,7 @@ struct Filter
     };
     Kind kind = Kind::All;
     const FilterField* field = nullptr; ///< of the last five
-    QStringList values; ///< empty text stands for "not set"; a whole number is written in digits
+    QStringList values; ///< empty text stands for "not set"; numbers and flags are written in digits
     QVector<Filter> terms;
 };
 

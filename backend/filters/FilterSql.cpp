@@ -14,8 +14,17 @@ QString expressionOf(const Filter& filter)
 
 QVariant parameterOf(const Filter& filter, const QString& value)
 {
-    if (filter.field->kind == FieldKind::Whole && !value.isEmpty()) {
+    switch (filter.field->kind) {
+    case FieldKind::Whole:
+    case FieldKind::Flag:
         return value.toLongLong();
+    case FieldKind::Real:
+        return value.toDouble();
+    case FieldKind::Text:
+    case FieldKind::Name:
+    case FieldKind::Date:
+    case FieldKind::Texts:
+        break;
     }
     return value.isNull() ? QStringLiteral("") : value;
 }
@@ -24,8 +33,11 @@ SqlCondition equals(const Filter& filter, const QString& value)
 {
     const QString expression = expressionOf(filter);
     switch (filter.field->kind) {
+    case FieldKind::Name:
     case FieldKind::Date:
     case FieldKind::Whole:
+    case FieldKind::Real:
+    case FieldKind::Flag:
         if (value.isEmpty()) {
             return {expression + QLatin1String(" IS NULL"), {}};
         }
@@ -34,8 +46,11 @@ SqlCondition equals(const Filter& filter, const QString& value)
         if (value.isEmpty()) {
             return {QStringLiteral("NOT EXISTS (SELECT 1 FROM json_each(%1))").arg(expression), {}};
         }
-        return {QStringLiteral("EXISTS (SELECT 1 FROM json_each(%1) WHERE value = ?)").arg(expression),
-                {value}};
+        return filter.field->holds != nullptr
+                   ? filter.field->holds(value)
+                   : SqlCondition{QStringLiteral("EXISTS (SELECT 1 FROM json_each(%1) WHERE value = ?)")
+                                      .arg(expression),
+                                  {value}};
     case FieldKind::Text:
         break;
     }
@@ -50,8 +65,7 @@ SqlCondition in(const Filter& filter)
     for (const QString& value : filter.values) {
         withNotSet = withNotSet || value.isEmpty();
         if (!value.isEmpty()) {
-            values.append(filter.field->kind == FieldKind::Whole ? QJsonValue(value.toLongLong())
-                                                                 : QJsonValue(value));
+            values.append(QJsonValue::fromVariant(parameterOf(filter, value)));
         }
     }
     const QString list = QString::fromUtf8(QJsonDocument(values).toJson(QJsonDocument::Compact));

@@ -7,6 +7,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLocale>
 
 #include <cmath>
 
@@ -53,7 +54,7 @@ private:
             }
         }
         throw refusal("unknownField",
-                      QStringLiteral("the filter names the field '%1', which plans are not searched by")
+                      QStringLiteral("the filter names the field '%1', which this list is not searched by")
                           .arg(shortened(name)),
                       shortened(name));
     }
@@ -181,6 +182,24 @@ private:
         return QString::number(static_cast<qint64>(number));
     }
 
+    static QString realOf(const FilterField& field, const QJsonValue& value)
+    {
+        if (!value.isDouble()) {
+            wrongType(field, "a number");
+        }
+        return QString::number(value.toDouble(), 'g', QLocale::FloatingPointShortest);
+    }
+
+    /// Flags come as what they are or, where the service writes numbers itself, as 1 and 0.
+    static QString flagOf(const FilterField& field, const QJsonValue& value)
+    {
+        const bool isNumber = value.isDouble() && (value.toDouble() == 0 || value.toDouble() == 1);
+        if (!value.isBool() && !isNumber) {
+            wrongType(field, "true or false");
+        }
+        return value.toBool(value.toDouble() == 1) ? QStringLiteral("1") : QStringLiteral("0");
+    }
+
     /// Empty for null, which is the same as a text that is not set.
     static QString valueOf(const FilterField& field, const QJsonValue& value)
     {
@@ -192,7 +211,12 @@ private:
             return dateOf(field, value);
         case FieldKind::Whole:
             return wholeOf(field, value);
+        case FieldKind::Real:
+            return realOf(field, value);
+        case FieldKind::Flag:
+            return flagOf(field, value);
         case FieldKind::Text:
+        case FieldKind::Name:
         case FieldKind::Texts:
             break;
         }
@@ -201,7 +225,7 @@ private:
 
     static QString boundOf(const FilterField& field, const QJsonValue& value)
     {
-        if (value.isNull()) {
+        if (value.isNull() || field.kind == FieldKind::Flag || field.kind == FieldKind::Texts) {
             wrongType(field, "a value that has an order");
         }
         return valueOf(field, value);
@@ -228,7 +252,7 @@ private:
 
     static QString patternOf(const FilterField& field, const QJsonValue& pattern, const QJsonValue& options)
     {
-        if (field.kind != FieldKind::Text) {
+        if (field.kind != FieldKind::Text && field.kind != FieldKind::Name) {
             throw refusal("wrongType",
                           QStringLiteral("'%1' is no text that a '$regex' could look at")
                               .arg(QLatin1String(field.name)),

@@ -122,6 +122,43 @@ Migration progress()
              text("CREATE INDEX taskStatesByPlan ON taskStates(projectId, planId)")}};
 }
 
+/// Nodes that belong to no plan, each with a number of its own that stays.
+Migration nodesWithoutPlan()
+{
+    return {
+        6,
+        {text("CREATE TABLE planNodesOfAnyPlan ("
+              " number INTEGER NOT NULL PRIMARY KEY,"
+              " id TEXT NOT NULL UNIQUE,"
+              " planId TEXT REFERENCES plans(id) ON DELETE CASCADE,"
+              " projectId TEXT NOT NULL,"
+              " category TEXT NOT NULL,"
+              " name TEXT NOT NULL,"
+              " rowNumber INTEGER NOT NULL,"
+              " uniqueId INTEGER NOT NULL,"
+              " parentTaskId INTEGER NOT NULL,"
+              " startDate TEXT,"
+              " finishDate TEXT,"
+              " actualStartDate TEXT,"
+              " actualFinishDate TEXT,"
+              " createdAt TEXT,"
+              " updatedAt TEXT,"
+              " createdBy TEXT NOT NULL,"
+              " people TEXT NOT NULL,"
+              " document TEXT NOT NULL)"),
+         text("INSERT INTO planNodesOfAnyPlan SELECT rowid, id, planId, projectId, category, name, rowNumber,"
+              " uniqueId, parentTaskId, startDate, finishDate, actualStartDate, actualFinishDate,"
+              " createdAt, updatedAt, createdBy, people, document FROM planNodes ORDER BY rowid"),
+         // What refers to nodes does so by the table's name, which stays.
+         text("DROP TABLE planNodes"), text("ALTER TABLE planNodesOfAnyPlan RENAME TO planNodes"),
+         text("CREATE INDEX planNodesByRow ON planNodes(planId, rowNumber, id)"),
+         text("CREATE INDEX planNodesByParent ON planNodes(planId, parentTaskId)"),
+         text("CREATE INDEX planNodesByProject ON planNodes(projectId, category, finishDate, startDate,"
+              " actualStartDate, actualFinishDate, createdBy, people)"),
+         text("CREATE INDEX planNodesWithoutPlan ON planNodes(projectId, rowNumber, id)"
+              " WHERE planId IS NULL")}};
+}
+
 int versionOf(SqliteDatabase& database)
 {
     return database.value(QStringLiteral("PRAGMA user_version")).toInt();
@@ -150,8 +187,8 @@ void apply(SqliteDatabase& database, const Migration& step)
 
 const QList<Migration>& migrations()
 {
-    static const QList<Migration> steps{plansAndNodes(), tokensAndRights(), userSettings(), planLists(),
-                                        progress()};
+    static const QList<Migration> steps{plansAndNodes(), tokensAndRights(), userSettings(),
+                                        planLists(),     progress(),        nodesWithoutPlan()};
     return steps;
 }
 

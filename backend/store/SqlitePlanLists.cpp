@@ -15,6 +15,11 @@ JsonPieces SqliteStore::planListJson(const PlanQuery& query)
 {
     const SqlStatement statement = planListSql(query);
     QSqlQuery rows = m_database->runOnce(statement.text, statement.parameters);
+    return rowsJson(rows);
+}
+
+JsonPieces SqliteStore::rowsJson(QSqlQuery& rows) const
+{
     JsonPieces pieces;
     QByteArray piece = "[";
     for (bool first = true; m_database->next(rows); first = false) {

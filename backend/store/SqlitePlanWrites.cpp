@@ -1,9 +1,6 @@
-// What writes plans and nodes of the SQLite store.
+// What writes plans of the SQLite store.
 
 #include "SqliteStore.h"
-
-#include <QJsonArray>
-#include <QJsonDocument>
 
 namespace PlanService {
 
@@ -31,27 +28,6 @@ QVariantList parametersOf(const PlanRecord& plan)
             plan.id};
 }
 
-QVariantList parametersOf(const PlanNodeRecord& node)
-{
-    return {node.planId,
-            orEmpty(node.projectId),
-            orEmpty(node.category),
-            orEmpty(node.name),
-            node.rowNumber,
-            node.uniqueId,
-            node.parentTaskId,
-            dateOrNull(node.startDate),
-            dateOrNull(node.finishDate),
-            dateOrNull(node.actualStartDate),
-            dateOrNull(node.actualFinishDate),
-            dateOrNull(node.createdAt),
-            dateOrNull(node.updatedAt),
-            orEmpty(node.createdBy),
-            orEmpty(node.people),
-            QString::fromUtf8(node.document),
-            node.id};
-}
-
 } // namespace
 
 void SqliteStore::insertPlan(const PlanRecord& plan)
@@ -64,70 +40,12 @@ void SqliteStore::insertPlan(const PlanRecord& plan)
         .finish();
 }
 
-void SqliteStore::insertPlanNode(const PlanNodeRecord& node)
-{
-    m_database
-        ->run(sql("INSERT INTO planNodes (planId, projectId, category, name, rowNumber, uniqueId,"
-                  " parentTaskId, startDate, finishDate, actualStartDate, actualFinishDate,"
-                  " createdAt, updatedAt, createdBy, people, document, id)"
-                  " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-              parametersOf(node))
-        .finish();
-}
-
-void SqliteStore::insertDocument(const DocumentRecord& document)
-{
-    m_database
-        ->run(sql("INSERT INTO documents (id, projectId, document) VALUES (?, ?, ?)"),
-              {document.id, orEmpty(document.projectId), QString::fromUtf8(document.document)})
-        .finish();
-}
-
 void SqliteStore::updatePlan(const PlanRecord& plan)
 {
     m_database
         ->run(sql("UPDATE plans SET projectId = ?, category = ?, name = ?, createdAt = ?, updatedAt = ?,"
                   " createdBy = ?, document = ? WHERE id = ?"),
               parametersOf(plan))
-        .finish();
-}
-
-void SqliteStore::updatePlanNode(const PlanNodeRecord& node)
-{
-    m_database
-        ->run(
-            sql("UPDATE planNodes SET planId = ?, projectId = ?, category = ?, name = ?, rowNumber = ?,"
-                " uniqueId = ?, parentTaskId = ?, startDate = ?, finishDate = ?, actualStartDate = ?,"
-                " actualFinishDate = ?, createdAt = ?, updatedAt = ?, createdBy = ?, people = ?, document = ?"
-                " WHERE id = ?"),
-            parametersOf(node))
-        .finish();
-}
-
-void SqliteStore::keepPlanNodes(const QString& planId, const QStringList& ids)
-{
-    // As one list, whose size no limit on the number of parameters holds down.
-    const QByteArray list = QJsonDocument(QJsonArray::fromStringList(ids)).toJson(QJsonDocument::Compact);
-    m_database
-        ->run(sql("DELETE FROM planNodes WHERE planId = ? AND id NOT IN (SELECT value FROM json_each(?))"),
-              {planId, QString::fromUtf8(list)})
-        .finish();
-}
-
-void SqliteStore::copyPlanNodes(const QString& fromPlanId, const PlanRecord& plan, const QString& idPrefix)
-{
-    m_database
-        ->run(sql("INSERT INTO planNodes (id, planId, projectId, category, name, rowNumber, uniqueId,"
-                  " parentTaskId, startDate, finishDate, actualStartDate, actualFinishDate,"
-                  " createdAt, updatedAt, createdBy, people, document)"
-                  " SELECT newId, p.id, projectId, category, name, rowNumber, uniqueId, parentTaskId,"
-                  " startDate, finishDate, actualStartDate, actualFinishDate, p.at, p.at, p.by, people,"
-                  " json_set(json_remove(document, '$.GUID'), '$._id', newId, '$.planId', p.id,"
-                  " '$.createdAt', p.at, '$.createdBy', p.by, '$.updatedAt', p.at, '$.updatedBy', p.by)"
-                  " FROM (SELECT ? AS id, ? AS at, ? AS by) p,"
-                  " (SELECT *, ? || printf('%08x', row_number() OVER (ORDER BY rowNumber, id)) AS newId"
-                  "  FROM planNodes WHERE planId = ?)"),
-              {plan.id, plan.createdAt, orEmpty(plan.createdBy), idPrefix, fromPlanId})
         .finish();
 }
 

@@ -1,9 +1,8 @@
-// Plans and nodes of the SQLite store. JSON text is put together by the database; here it is only carried.
+// Plans of the SQLite store, with their nodes. JSON text is put together by the database; here it is only
+// carried.
 
+#include "PlanNodeJsonSql.h"
 #include "SqliteStore.h"
-
-#include <QJsonArray>
-#include <QJsonDocument>
 
 #include <limits>
 
@@ -20,15 +19,6 @@ QString sql(const char* text)
     return QString::fromLatin1(text);
 }
 
-/// The opening of a node's object with what is derived, to be followed by the rest of the stored document.
-/// Expects the node as n and its plan as p.
-#define PLANSERVICE_NODE_JSON                                                                                \
-    "'{\"planName\":' || json_quote(p.name)"                                                                 \
-    " || CASE WHEN n.startDate = n.finishDate THEN ',\"milestone\":true' ELSE ',\"milestone\":false' END"    \
-    " || CASE WHEN n.uniqueId > 0 AND EXISTS (SELECT 1 FROM planNodes c"                                     \
-    "         WHERE c.planId = n.planId AND c.parentTaskId = n.uniqueId AND c.id <> n.id)"                   \
-    "    THEN ',\"summary\":true,' ELSE ',\"summary\":false,' END"
-
 } // namespace
 
 std::optional<Ownership> SqliteStore::planOwnership(const QString& planId)
@@ -38,28 +28,6 @@ std::optional<Ownership> SqliteStore::planOwnership(const QString& planId)
     std::optional<Ownership> ownership;
     if (row.next()) {
         ownership = Ownership{row.value(0).toString(), row.value(1).toString(), {row.value(2).toString()}};
-    }
-    row.finish();
-    return ownership;
-}
-
-std::optional<Ownership> SqliteStore::planNodeOwnership(const QString& planNodeId)
-{
-    QSqlQuery& row =
-        m_database->run(sql("SELECT projectId, category, createdBy,"
-                            " json_extract(document, '$.userIds', '$.executeIds', '$.cooperateIds')"
-                            " FROM planNodes WHERE id = ?"),
-                        {planNodeId});
-    std::optional<Ownership> ownership;
-    if (row.next()) {
-        ownership = Ownership{row.value(0).toString(), row.value(1).toString(), {row.value(2).toString()}};
-        const QJsonArray lists = QJsonDocument::fromJson(row.value(3).toString().toUtf8()).array();
-        for (const QJsonValue& list : lists) {
-            const QJsonArray users = list.toArray();
-            for (const QJsonValue& user : users) {
-                ownership->users.append(user.toString());
-            }
-        }
     }
     row.finish();
     return ownership;
@@ -126,21 +94,6 @@ int SqliteStore::planNodeCount(const QString& planId)
     return m_database->value(sql("SELECT count(*) FROM planNodes WHERE planId = ?"), {planId}).toInt();
 }
 
-JsonPieces SqliteStore::planNodeJson(const QString& planNodeId, bool withDocuments)
-{
-    const QString select =
-        withDocuments ? sql("SELECT CAST(" PLANSERVICE_NODE_JSON
-                            " || '\"documents\":' || (SELECT json_group_array(json(document)) FROM"
-                            "  (SELECT d.document AS document FROM json_each(n.document, '$.documentIds') e"
-                            "   JOIN documents d ON d.id = e.value ORDER BY e.key))"
-                            " || ',' || substr(n.document, 2) AS BLOB)"
-                            " FROM planNodes n JOIN plans p ON p.id = n.planId WHERE n.id = ?")
-                      : sql("SELECT CAST(" PLANSERVICE_NODE_JSON " || substr(n.document, 2) AS BLOB)"
-                            " FROM planNodes n JOIN plans p ON p.id = n.planId WHERE n.id = ?");
-    const QVariant node = m_database->value(select, {planNodeId});
-    return node.isValid() ? JsonPieces{node.toByteArray()} : JsonPieces();
-}
-
 std::optional<PlanRecord> SqliteStore::plan(const QString& planId)
 {
     QSqlQuery& row = m_database->run(sql("SELECT projectId, category, name, createdAt, updatedAt, createdBy,"
@@ -167,29 +120,6 @@ bool SqliteStore::hasPlanNamed(const QString& projectId, const QString& name)
         ->value(sql("SELECT EXISTS (SELECT 1 FROM plans WHERE projectId = ? AND name = ?)"),
                 {projectId, orEmpty(name)})
         .toBool();
-}
-
-std::optional<PlanNodeRecord> SqliteStore::planNode(const QString& planNodeId)
-{
-    QSqlQuery& row = m_database->run(sql("SELECT planId, projectId, category, rowNumber, createdAt,"
-                                         " createdBy, updatedAt, CAST(document AS BLOB)"
-                                         " FROM planNodes WHERE id = ?"),
-                                     {planNodeId});
-    std::optional<PlanNodeRecord> node;
-    if (row.next()) {
-        node = PlanNodeRecord();
-        node->id = planNodeId;
-        node->planId = row.value(0).toString();
-        node->projectId = row.value(1).toString();
-        node->category = row.value(2).toString();
-        node->rowNumber = row.value(3).toInt();
-        node->createdAt = row.value(4).toString();
-        node->createdBy = row.value(5).toString();
-        node->updatedAt = row.value(6).toString();
-        node->document = row.value(7).toByteArray();
-    }
-    row.finish();
-    return node;
 }
 
 } // namespace PlanService

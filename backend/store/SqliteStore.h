@@ -25,6 +25,10 @@ public:
     std::optional<Ownership> planNodeOwnership(const QString& planNodeId) override;
     JsonPieces planNodeJson(const QString& planNodeId, bool withDocuments) override;
     std::optional<PlanNodeRecord> planNode(const QString& planNodeId) override;
+    JsonPieces planNodesJson(const QStringList& ids) override;
+    JsonPieces planNodeListJson(const PlanNodeQuery& query) override;
+    int planNodeListCount(const PlanNodeQuery& query) override;
+    int lastRow(const QString& projectId, const QString& planId) override;
 
     bool hasTokens() override;
     std::optional<TokenRecord> tokenByHash(const QByteArray& hash) override;
@@ -39,10 +43,12 @@ public:
 
     void insertPlan(const PlanRecord& plan) override;
     void insertPlanNode(const PlanNodeRecord& node) override;
+    bool addPlanNode(const PlanNodeRecord& node) override;
     void insertDocument(const DocumentRecord& document) override;
     void updatePlan(const PlanRecord& plan) override;
     void updatePlanNode(const PlanNodeRecord& node) override;
     void keepPlanNodes(const QString& planId, const QStringList& ids) override;
+    bool removePlanNode(const QString& planNodeId) override;
     void copyPlanNodes(const QString& fromPlanId, const PlanRecord& plan, const QString& idPrefix) override;
     bool removePlan(const QString& planId) override;
 
@@ -52,6 +58,8 @@ public:
 
 private:
     void appendNodes(const QString& planId, JsonPieces& pieces);
+    /// The first column of every row, which is JSON text, as one array.
+    JsonPieces rowsJson(QSqlQuery& rows) const;
 
     std::unique_ptr<SqliteDatabase> m_database;
     std::unique_lock<std::timed_mutex> m_turn; ///< held while this store writes

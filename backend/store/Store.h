@@ -53,7 +53,7 @@ struct PlanRecord
 struct PlanNodeRecord
 {
     QString id;
-    QString planId;
+    QString planId; ///< empty: the node belongs to no plan
     QString projectId;
     QString category;
     QString name;
@@ -127,6 +127,31 @@ struct PlanQuery
     int limit = -1; ///< -1: all
 };
 
+enum class PlanNodeOrder
+{
+    Plan,       ///< by plan, then by row, then by id
+    FinishDate, ///< by planned finish, then by id; nodes without one come last
+};
+
+/// Asks for nodes of one project.
+struct PlanNodeQuery
+{
+    QString projectId;
+    std::optional<QString> planId;   ///< nothing: of every plan and of none; empty: nodes without a plan
+    std::optional<QString> category; ///< nothing: every category
+    Visibility visible;
+    Filter where;
+    std::optional<QString> worker; ///< responsible, executing or cooperating
+    std::optional<QString> creator;
+    bool unstart = true; ///< those that have neither begun nor finished, by their actual dates
+    bool processing = true;
+    bool finished = true;
+    PlanNodeOrder order = PlanNodeOrder::Plan;
+    bool withDocuments = false;
+    int skip = 0;
+    int limit = -1; ///< -1: all
+};
+
 /// A bearer token as the store knows it; the token itself is stored nowhere.
 struct TokenRecord
 {
@@ -185,6 +210,15 @@ public:
     /// @param withDocuments embeds the documents that "documentIds" names, in that order, under "documents".
     /// @return an empty list when there is no such node.
     virtual JsonPieces planNodeJson(const QString& planNodeId, bool withDocuments) = 0;
+    /// The nodes with these ids in this order, as a JSON array; ids without a node are passed over.
+    virtual JsonPieces planNodesJson(const QStringList& ids) = 0;
+    /// The nodes as a JSON array, read from one snapshot. Throws StoreTooSlow.
+    virtual JsonPieces planNodeListJson(const PlanNodeQuery& query) = 0;
+    /// How many nodes there are; skip and limit do not count. Throws StoreTooSlow.
+    virtual int planNodeListCount(const PlanNodeQuery& query) = 0;
+    /// The largest row number of the plan's nodes, 0 when there is none above it; an empty id asks for the
+    /// project's nodes without a plan.
+    virtual int lastRow(const QString& projectId, const QString& planId) = 0;
     /// The node as far as a change of it needs: id, plan, project, category, row, stamps, document.
     /// @return nothing when there is no such node.
     virtual std::optional<PlanNodeRecord> planNode(const QString& planNodeId) = 0;
@@ -209,6 +243,8 @@ public:
 
     virtual void insertPlan(const PlanRecord& plan) = 0;
     virtual void insertPlanNode(const PlanNodeRecord& node) = 0;
+    /// The same, unless another node has the id. @return false then, and nothing is inserted.
+    virtual bool addPlanNode(const PlanNodeRecord& node) = 0;
     virtual void insertDocument(const DocumentRecord& document) = 0;
 
     /// Writes every field of the plan that has this id.
@@ -217,6 +253,8 @@ public:
     virtual void updatePlanNode(const PlanNodeRecord& node) = 0;
     /// Removes the plan's nodes whose ids are not among @p ids.
     virtual void keepPlanNodes(const QString& planId, const QStringList& ids) = 0;
+    /// @return false when there is no such node.
+    virtual bool removePlanNode(const QString& planNodeId) = 0;
     /// Copies the nodes of @p fromPlanId into @p plan: with ids made of @p idPrefix and 8 hex digits in row
     /// order, without GUIDs of their own, and with the plan's stamp. Numbers inside the plan stay.
     virtual void copyPlanNodes(const QString& fromPlanId, const PlanRecord& plan,

@@ -1,0 +1,119 @@
+#include "PlanNodeListSql.h"
+
+#include "PlanNodeJsonSql.h"
+#include "VisibilitySql.h"
+
+namespace PlanService {
+
+namespace {
+
+/// The filter's own condition on the plan, which the index of a plan's rows answers.
+bool namesPlans(const Filter& where)
+{
+    for (const Filter& term : where.terms) {
+        const bool lists = term.kind == Filter::Kind::Equals || term.kind == Filter::Kind::In;
+        if (where.kind == Filter::Kind::All && lists &&
+            QLatin1String(term.field->name) == QLatin1String("planId") && !term.values.contains(QString())) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void addPlace(const PlanNodeQuery& query, SqlCondition& condition)
+{
+    // A project has far more nodes than its plans have: its own index is looked at where no plan is named.
+    const bool byPlan = (query.planId && !query.planId->isEmpty()) || namesPlans(query.where);
+    condition.also(byPlan ? QStringLiteral("+projectId = ?") : QStringLiteral("projectId = ?"),
+                   {query.projectId});
+    if (query.planId && query.planId->isEmpty()) {
+        condition.also(QStringLiteral("planId IS NULL"));
+    } else if (query.planId) {
+        condition.also(QStringLiteral("planId = ?"), {*query.planId});
+    }
+    if (query.category) {
+        condition.also(byPlan ? QStringLiteral("+category = ?") : QStringLiteral("category = ?"),
+                       {*query.category});
+    }
+}
+
+void addStates(const PlanNodeQuery& query, SqlCondition& condition)
+{
+    if (query.unstart && query.processing && query.finished) {
+        return;
+    }
+    if (query.unstart && query.processing) {
+        condition.also(QStringLiteral("actualFinishDate IS NULL"));
+        return;
+    }
+    QStringList states;
+    if (query.unstart) {
+        states += QStringLiteral("(actualStartDate IS NULL AND actualFinishDate IS NULL)");
+    }
+    if (query.processing) {
+        states += QStringLiteral("(actualStartDate IS NOT NULL AND actualFinishDate IS NULL)");
+    }
+    if (query.finished) {
+        states += QStringLiteral("actualFinishDate IS NOT NULL");
+    }
+    condition.also(states.isEmpty()
+                       ? QStringLiteral("0")
+                       : QLatin1Char('(') + states.join(QLatin1String(" OR ")) + QLatin1Char(')'));
+}
+
+SqlCondition conditionOf(const PlanNodeQuery& query)
+{
+    SqlCondition condition;
+    addPlace(query, condition);
+    addVisibility(query.visible, ownNode(query.visible.user), condition);
+    addStates(query, condition);
+    if (query.worker) {
+        const SqlCondition works = worksOn(*query.worker);
+        condition.also(works.text, works.parameters);
+    }
+    if (query.creator) {
+        condition.also(QStringLiteral("createdBy = ?"),
+                       {query.creator->isNull() ? QStringLiteral("") : *query.creator});
+    }
+    if (query.where.kind != Filter::Kind::All || !query.where.terms.isEmpty()) {
+        const SqlCondition where = sqlOf(query.where);
+        condition.also(where.text, where.parameters);
+    }
+    return condition;
+}
+
+QString orderOf(const PlanNodeQuery& query)
+{
+    if (query.order == PlanNodeOrder::FinishDate) {
+        return QStringLiteral("finishDate IS NULL, finishDate, id");
+    }
+    // Within one plan its index gives the order, and a page costs no more than its rows.
+    return query.planId ? QStringLiteral("rowNumber, id") : QStringLiteral("planId, rowNumber, id");
+}
+
+} // namespace
+
+SqlStatement planNodeListSql(const PlanNodeQuery& query)
+{
+    const SqlCondition condition = conditionOf(query);
+    const QString json =
+        query.withDocuments
+            ? QStringLiteral(PLANSERVICE_NODE_JSON PLANSERVICE_NODE_DOCUMENTS " || substr(n.document, 2)")
+            : QStringLiteral(PLANSERVICE_NODE_JSON " || substr(n.document, 2)");
+    // What is skipped or sorted is looked up without its JSON; the limit keeps the order of the page.
+    return {QStringLiteral("SELECT CAST(%1 AS BLOB) FROM"
+                           " (SELECT number FROM planNodes WHERE %2 ORDER BY %3 LIMIT ? OFFSET ?) page"
+                           " CROSS JOIN planNodes n ON n.number = page.number"
+                           " LEFT JOIN plans p ON p.id = n.planId")
+                .arg(json, condition.text, orderOf(query)),
+            condition.parameters + QVariantList{query.limit, query.skip}};
+}
+
+SqlStatement planNodeCountSql(const PlanNodeQuery& query)
+{
+    const SqlCondition condition = conditionOf(query);
+    return {QStringLiteral("SELECT count(*) FROM planNodes WHERE %1").arg(condition.text),
+            condition.parameters};
+}
+
+} // namespace PlanService
