@@ -5,6 +5,7 @@
 #include "Output.h"
 #include "PlanLine.h"
 #include "Progress.h"
+#include "Question.h"
 #include "RecordJson.h"
 #include "Session.h"
 #include "TextTable.h"
@@ -14,22 +15,7 @@
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 
-#include <cstdio>
-
-#ifdef Q_OS_UNIX
-#include <unistd.h>
-#endif
-
 namespace {
-
-bool answersComeFromTerminal()
-{
-#ifdef Q_OS_UNIX
-    return isatty(STDIN_FILENO);
-#else
-    return true;
-#endif
-}
 
 QString plansText(const QList<KvPlan>& plans)
 {
@@ -111,19 +97,6 @@ int sayFilteredPlans(const Session& session, const Arguments& line, const KvPlan
                                             .arg(page)
                                             .arg(pages);
     return say(plans.isEmpty() ? footer : plansText(plans) + footer);
-}
-
-// Only a whole "y" or "yes" is a yes; no answer at all is a no.
-bool agrees(const QString& question)
-{
-    const QByteArray prompt = question.toUtf8() + " [y/N] ";
-    std::fwrite(prompt.constData(), 1, size_t(prompt.size()), stderr);
-    char answer[16] = {};
-    const bool isAnswered = std::fgets(answer, sizeof answer, stdin);
-    if (!isAnswered || !answersComeFromTerminal())
-        std::fputc('\n', stderr); // what comes next begins a line all the same
-    const QByteArray word = QByteArray(answer).trimmed().toLower();
-    return isAnswered && (word == "y" || word == "yes");
 }
 
 } // namespace
