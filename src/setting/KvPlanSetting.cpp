@@ -111,7 +111,7 @@ void KvPlanSetting::SetGanttColumnWidth(const QMap<QString, int>& widths)
     int index = 0;
     for (auto column = widths.constBegin(); column != widths.constEnd(); ++column) {
         file.setArrayIndex(index++);
-        file.setValue(QStringLiteral("name"), column.key());
+        file.setText(QStringLiteral("name"), column.key());
         file.setValue(QStringLiteral("width"), column.value());
     }
     file.endArray();

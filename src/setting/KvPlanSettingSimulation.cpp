@@ -47,7 +47,7 @@ void KvPlanSetting::SetSimulateSetting(const QString& planId, const TimeLineSet&
     int index = 0;
     for (auto plan = m_mapSimulateSetting.constBegin(); plan != m_mapSimulateSetting.constEnd(); ++plan) {
         file.setArrayIndex(index++);
-        file.setValue(QStringLiteral("planId"), plan.key());
+        file.setText(QStringLiteral("planId"), plan.key());
         file.setValue(QStringLiteral("content"), TimeLineSetToString(plan.value()));
     }
     file.endArray();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QtCore/QSettings>
+#include <QtCore/QTextCodec>
 #include <QtCore/QVector>
 
 #include <algorithm>
@@ -17,12 +18,30 @@ public:
         setIniCodec("GB2312"); // what existing files hold
     }
 
+    /// Sets a text that any user may have chosen. What the codec has no bytes for becomes "?".
+    void setText(const QString& key, const QString& text) { setValue(key, readableAgain(text)); }
+
     /// Calls @p read for each entry of an array, in order. Entries that are counted but missing all read the
     /// same, as nothing; of a run of them @p read is called for the first alone, so that a damaged count
     /// costs no time.
     template<class Read>
     void readEntries(const QString& array, Read read);
+
+private:
+    QString readableAgain(QString text) const;
 };
+
+inline QString SettingsFile::readableAgain(QString text) const
+{
+    // Some codecs know more than GB2312 and have a backslash as the second byte of some characters there. It
+    // would be read as the beginning of an escape, or make one line of two.
+    for (int i = 0; i < text.size(); ++i) {
+        const QChar character = text.at(i);
+        if (character.unicode() >= 0x80 && iniCodec()->fromUnicode(&character, 1).contains('\\'))
+            text[i] = QLatin1Char('?');
+    }
+    return text;
+}
 
 template<class Read>
 void SettingsFile::readEntries(const QString& array, Read read)
