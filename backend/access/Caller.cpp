@@ -1,6 +1,7 @@
 #include "Caller.h"
 
 #include "../http/Reply.h"
+#include "../records/FieldReader.h"
 #include "Tokens.h"
 
 namespace PlanService {
@@ -44,9 +45,6 @@ Caller Caller::fromAuthorization(const QByteArray& authorization, Store& store)
 
 void Caller::requireRead(const Ownership& what) const
 {
-    if (m_mayEverything) {
-        return;
-    }
     const QString right = rightsIn(what.projectId, what.category).read;
     if (right == QLatin1String("all") || (right == QLatin1String("own") && what.users.contains(m_userId))) {
         return;
@@ -56,47 +54,42 @@ void Caller::requireRead(const Ownership& what) const
 
 void Caller::requireCreate(const QString& projectId, const QString& category) const
 {
-    if (!m_mayEverything && !rightsIn(projectId, category).create) {
+    if (!rightsIn(projectId, category).create) {
         refuse("create", projectId, category);
     }
 }
 
 void Caller::requireEdit(const QString& projectId, const QString& category) const
 {
-    if (!m_mayEverything && !rightsIn(projectId, category).edit) {
+    if (!rightsIn(projectId, category).edit) {
         refuse("edit", projectId, category);
     }
 }
 
 void Caller::requireDelete(const QString& projectId, const QString& category) const
 {
-    if (!m_mayEverything && !rightsIn(projectId, category).remove) {
+    if (!rightsIn(projectId, category).remove) {
         refuse("delete", projectId, category);
     }
 }
 
 Visibility Caller::visibilityIn(const QString& projectId) const
 {
+    const auto scope = [&](const QString& category) {
+        const QString read = rightsIn(projectId, category).read;
+        return read == QLatin1String("all")
+                   ? ReadScope::All
+                   : (read == QLatin1String("own") ? ReadScope::Own : ReadScope::None);
+    };
     Visibility visible;
     visible.user = m_userId;
-    if (m_mayEverything) {
-        visible.elsewhere = ReadScope::All;
-        return visible;
-    }
-    bool something = false;
+    visible.elsewhere = scope(QString());
+    bool something = visible.elsewhere != ReadScope::None;
     for (const RightsRecord& rights : m_rights) {
-        if (rights.projectId != projectId) {
-            continue;
-        }
-        const ReadScope scope =
-            rights.read == QLatin1String("all")
-                ? ReadScope::All
-                : (rights.read == QLatin1String("own") ? ReadScope::Own : ReadScope::None);
-        something = something || scope != ReadScope::None;
-        if (rights.category.isEmpty()) {
-            visible.elsewhere = scope;
-        } else {
-            visible.categories.insert(rights.category, scope);
+        if (rights.projectId == projectId && !rights.category.isEmpty()) {
+            const ReadScope ofCategory = scope(rights.category);
+            visible.categories.insert(rights.category, ofCategory);
+            something = something || ofCategory != ReadScope::None;
         }
     }
     if (!something) {
@@ -105,16 +98,34 @@ Visibility Caller::visibilityIn(const QString& projectId) const
     return visible;
 }
 
+bool Caller::knows(const QString& projectId) const
+{
+    for (const RightsRecord& rights : m_rights) {
+        if (rights.projectId == projectId) {
+            return true;
+        }
+    }
+    return false;
+}
+
 void Caller::refuse(const char* right, const QString& projectId, const QString& category) const
 {
-    throw ApiError(403, QStringLiteral("rightMissing"),
-                   QStringLiteral("user '%1' has no right '%2' for this in project '%3', category '%4'")
-                       .arg(m_userId, QLatin1String(right), projectId, category),
-                   QLatin1String(right));
+    // Whoever has no business in the project does not learn from an id which project that is.
+    const QString where =
+        knows(projectId)
+            ? QStringLiteral(" in project '%1', category '%2'").arg(shortened(projectId), shortened(category))
+            : QString();
+    throw ApiError(
+        403, QStringLiteral("rightMissing"),
+        QStringLiteral("user '%1' has no right '%2' for this%3").arg(m_userId, QLatin1String(right), where),
+        QLatin1String(right));
 }
 
 RightsRecord Caller::rightsIn(const QString& projectId, const QString& category) const
 {
+    if (m_mayEverything) {
+        return {projectId, category, QStringLiteral("all"), true, true, true, true};
+    }
     RightsRecord found;
     for (const RightsRecord& rights : m_rights) {
         if (rights.projectId == projectId && rights.category == category) {

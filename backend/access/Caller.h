@@ -25,13 +25,17 @@ public:
     void requireEdit(const QString& projectId, const QString& category) const;
     void requireDelete(const QString& projectId, const QString& category) const;
 
+    /// What the caller may do with records of this category; the empty category is that of records without
+    /// one. Every decision of this class follows from it.
+    RightsRecord rightsIn(const QString& projectId, const QString& category) const;
+
     /// What the caller may see of a project's lists. Throws ApiError 403 when that is nothing at all.
     Visibility visibilityIn(const QString& projectId) const;
 
 private:
     Caller() = default;
     [[noreturn]] void refuse(const char* right, const QString& projectId, const QString& category) const;
-    RightsRecord rightsIn(const QString& projectId, const QString& category) const;
+    bool knows(const QString& projectId) const;
 
     bool m_mayEverything = false;
     QString m_userId;

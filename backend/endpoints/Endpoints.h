@@ -15,6 +15,14 @@ Reply putPlan(const Call& call);
 Reply copyPlan(const Call& call);
 Reply deletePlan(const Call& call);
 Reply getPlanNode(const Call& call);
+Reply getResponses(const Call& call);
+Reply postResponse(const Call& call);
+Reply getStatistics(const Call& call);
+Reply getQuantities(const Call& call);
+Reply getRight(const Call& call);
+Reply getTaskStates(const Call& call);
+Reply postTaskState(const Call& call);
+Reply putTaskState(const Call& call);
 Reply getUserSetting(const Call& call);
 Reply putUserSetting(const Call& call);
 

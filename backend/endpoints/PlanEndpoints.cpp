@@ -12,15 +12,11 @@ ApiError noSuchPlan(const QString& id)
             QStringLiteral("planId")};
 }
 
-namespace {
-
 ApiError noSuchPlanNode(const QString& id)
 {
     return {404, QStringLiteral("planNodeNotFound"),
             QStringLiteral("there is no plan node '%1'").arg(shortened(id)), QStringLiteral("planNodeId")};
 }
-
-} // namespace
 
 Reply planReply(const Call& call, const QString& id)
 {

@@ -29,6 +29,23 @@ bool fits(const QStringList& pattern, const QStringList& segments, QMap<QString,
     return true;
 }
 
+/// The placeholder whose segment was left empty in the middle of a path that would fit otherwise: a client
+/// filled in an id that it does not have. Empty: there is none.
+QString emptyPlaceholder(const QStringList& pattern, const QStringList& segments)
+{
+    QStringList filled = segments;
+    for (int i = 0; i + 1 < segments.size(); ++i) {
+        if (segments.at(i).isEmpty()) {
+            filled[i] = QStringLiteral("-");
+        }
+    }
+    QMap<QString, QString> parameters;
+    if (filled == segments || !fits(pattern, filled, parameters)) {
+        return QString();
+    }
+    return pattern.at(segments.indexOf(QString())).mid(1).chopped(1);
+}
+
 } // namespace
 
 bool Call::queryFlag(const char* name) const
@@ -58,6 +75,18 @@ int Call::queryNumber(const char* name, int missing) const
                        QLatin1String(name));
     }
     return number;
+}
+
+QString Call::queryWord(const char* name, const QStringList& known, const QString& missing) const
+{
+    const QString value = query.value(QLatin1String(name), missing);
+    if (!known.contains(value)) {
+        throw ApiError(400, QStringLiteral("badParameter"),
+                       QStringLiteral("'%1' has to be one of %2, not '%3'")
+                           .arg(QLatin1String(name), known.join(QLatin1String(", ")), value.left(40)),
+                       QLatin1String(name));
+    }
+    return value;
 }
 
 QJsonObject Call::bodyObject(int limit) const
@@ -93,9 +122,11 @@ RouteMatch Router::match(const QByteArray& method, const QByteArray& target) con
 {
     const UrlText url = parsedTarget(target);
     QByteArray allowed;
+    QString empty;
     for (std::size_t i = 0; i < m_routes.size(); ++i) {
         QMap<QString, QString> parameters;
         if (!fits(m_templates[i], url.segments, parameters)) {
+            empty = empty.isEmpty() ? emptyPlaceholder(m_templates[i], url.segments) : empty;
             continue;
         }
         if (m_routes[i].method == method) {
@@ -104,6 +135,10 @@ RouteMatch Router::match(const QByteArray& method, const QByteArray& target) con
         allowed += (allowed.isEmpty() ? "" : ", ") + m_routes[i].method;
     }
     const QString path = QString::fromUtf8(pathOf(target).left(200));
+    if (allowed.isEmpty() && !empty.isEmpty()) {
+        throw ApiError(400, QStringLiteral("emptyParameter"),
+                       QStringLiteral("the path '%1' names no %2").arg(path, empty), empty);
+    }
     if (allowed.isEmpty()) {
         throw ApiError(404, QStringLiteral("pathNotFound"),
                        QStringLiteral("there is nothing at '%1' on this service").arg(path));

@@ -36,6 +36,9 @@ struct Call
     bool queryFlag(const char* name) const;
     /// A whole number from 0 to 2147483647. Throws ApiError 400 for anything else.
     int queryNumber(const char* name, int missing) const;
+    /// One of @p known; @p missing when there is no such parameter. Throws ApiError 400 that lists them for
+    /// anything else, so also where @p missing is none of them.
+    QString queryWord(const char* name, const QStringList& known, const QString& missing = QString()) const;
     /// The body as a JSON object. Throws ApiError 400 when it is something else, 413 when it is larger than
     /// @p limit.
     QJsonObject bodyObject(int limit) const;
@@ -80,8 +83,8 @@ class Router
 public:
     explicit Router(const std::vector<Route>& routes);
 
-    /// Throws ApiError: 400 malformed target, 404 no such path, 405 (with "Allow") another method of this
-    /// path.
+    /// Throws ApiError: 400 malformed target or an empty placeholder in the middle of a path, 404 no such
+    /// path, 405 (with "Allow") another method of this path.
     RouteMatch match(const QByteArray& method, const QByteArray& target) const;
 
     const std::vector<Route>& routes() const { return m_routes; }

@@ -88,6 +88,11 @@ QString FieldReader::text(const char* key) const
     return value.isUndefined() ? QString() : checked(key, value);
 }
 
+QString FieldReader::textOrNull(const char* key) const
+{
+    return m_object.value(QLatin1String(key)).isNull() ? QString() : text(key);
+}
+
 QString FieldReader::date(const char* key) const
 {
     const QString given = text(key);

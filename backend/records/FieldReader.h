@@ -27,6 +27,8 @@ public:
     bool has(const char* key) const { return m_object.contains(QLatin1String(key)); }
     bool hasNumber(const char* key) const { return m_object.value(QLatin1String(key)).isDouble(); }
     QString text(const char* key) const;
+    /// The same; null reads as empty text too, as clients write ids that are not set.
+    QString textOrNull(const char* key) const;
     /// Empty, or yyyy-MM-ddThh:mm:ss.zzz; see siteDate().
     QString date(const char* key) const;
     std::optional<int> whole(const char* key) const;

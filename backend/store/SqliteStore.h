@@ -30,6 +30,19 @@ public:
     int planNodeListCount(const PlanNodeQuery& query) override;
     int lastRow(const QString& projectId, const QString& planId) override;
 
+    QVector<NodeCount> nodeCounts(const NodeScope& scope, const QString& today) override;
+    QVector<DayCount> finishedPerDay(const NodeScope& scope) override;
+
+    JsonPieces responseListJson(const QString& planNodeId, bool withDocuments) override;
+    JsonPieces responseJson(const QString& responseId) override;
+    bool hasResponse(const QString& planNodeId, const QString& responseId) override;
+    void insertResponse(const ResponseRecord& response) override;
+    QStringList missingDocuments(const QString& projectId, const QStringList& ids) override;
+
+    std::optional<TaskStateRecord> taskState(const QString& taskId) override;
+    JsonPieces taskStateListJson(const TaskStateQuery& query) override;
+    void putTaskState(const TaskStateRecord& state) override;
+
     bool hasTokens() override;
     std::optional<TokenRecord> tokenByHash(const QByteArray& hash) override;
     QList<TokenRecord> tokens() override;

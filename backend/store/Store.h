@@ -2,6 +2,8 @@
 
 #include "../Failure.h"
 #include "../filters/Filter.h"
+#include "Progress.h"
+#include "Visibility.h"
 
 #include <QByteArray>
 #include <QList>
@@ -99,21 +101,6 @@ struct Ownership
     QString projectId;
     QString category;
     QStringList users; ///< everybody who counts as "own": the creator, and for nodes all users named on it
-};
-
-enum class ReadScope
-{
-    None,
-    Own, ///< what the user created
-    All,
-};
-
-/// What a user may see in the lists of one project.
-struct Visibility
-{
-    QString user;
-    QMap<QString, ReadScope> categories; ///< those with rights of their own
-    ReadScope elsewhere = ReadScope::None;
 };
 
 /// Asks for plans of one project, in the order of their creation and, within the same instant, their ids.
@@ -222,6 +209,29 @@ public:
     /// The node as far as a change of it needs: id, plan, project, category, row, stamps, document.
     /// @return nothing when there is no such node.
     virtual std::optional<PlanNodeRecord> planNode(const QString& planNodeId) = 0;
+
+    /// How many nodes there are by state and situation; those that no node is in are left out.
+    /// @param today yyyy-MM-dd of the site's clock.
+    virtual QVector<NodeCount> nodeCounts(const NodeScope& scope, const QString& today) = 0;
+    /// How many nodes were finished on which day, days in order.
+    virtual QVector<DayCount> finishedPerDay(const NodeScope& scope) = 0;
+
+    /// The node's responses as a JSON array, in the order of their creation.
+    /// @param withDocuments embeds the documents that "documentIds" names, in that order, under "documents".
+    virtual JsonPieces responseListJson(const QString& planNodeId, bool withDocuments) = 0;
+    /// @return the response with its documents, an empty list when there is no such response.
+    virtual JsonPieces responseJson(const QString& responseId) = 0;
+    virtual bool hasResponse(const QString& planNodeId, const QString& responseId) = 0;
+    virtual void insertResponse(const ResponseRecord& response) = 0;
+    /// Those of the ids that no document of the project has.
+    virtual QStringList missingDocuments(const QString& projectId, const QStringList& ids) = 0;
+
+    /// @return nothing when the task has no state.
+    virtual std::optional<TaskStateRecord> taskState(const QString& taskId) = 0;
+    /// The states as a JSON array, in the order of their creation. Throws StoreTooSlow.
+    virtual JsonPieces taskStateListJson(const TaskStateQuery& query) = 0;
+    /// Adds the state, or replaces the one that its task has.
+    virtual void putTaskState(const TaskStateRecord& state) = 0;
 
     /// True as soon as a token was ever created, revoked ones included: revoking the last must not open the
     /// service.

@@ -87,6 +87,8 @@ private Q_SLOTS:
         const Caller caller = Caller::fromAuthorization(QByteArray(), *m_store);
         QCOMPARE(caller.userId(), QString());
         QCOMPARE(statusOf([&] { caller.requireRead({"any"_s, "any"_s, {}}); }), 200);
+        QCOMPARE(rightsText(caller.rightsIn("any"_s, "any"_s)), "read=all,create,edit,delete,export"_s);
+        QCOMPARE(caller.visibilityIn("any"_s).elsewhere, ReadScope::All);
     }
 
     void needsAGoodToken_data()
@@ -172,9 +174,28 @@ private Q_SLOTS:
                 caller.requireRead(what);
             } catch (const ApiError& error) {
                 const QByteArray body = error.reply().body.first();
-                QVERIFY(body.contains("'read'") && body.contains(project.toUtf8()));
+                QVERIFY(body.contains("'read'") && body.contains("\"field\":\"read\""));
+                // Whoever has no business there does not learn where it is.
+                const QByteArray place = "project '" + project.toUtf8() + "', category '" + category.toUtf8();
+                QCOMPARE(body.contains(place), project != "elsewhere"_s);
+                QCOMPARE(body.contains(project.toUtf8()), project != "elsewhere"_s);
             }
         }
+    }
+
+    void tellsTheRightsThatItEnforces()
+    {
+        const QByteArray token = addToken(
+            "ann"_s, {rightsOf("p"_s, ""_s, "read=own,edit,export"_s), rightsOf("p"_s, "c"_s, "create"_s)});
+        const Caller caller = Caller::fromAuthorization("Bearer " + token, *m_store);
+        QCOMPARE(rightsText(caller.rightsIn("p"_s, ""_s)), "read=own,edit,export"_s);
+        QCOMPARE(rightsText(caller.rightsIn("p"_s, "other"_s)), "read=own,edit,export"_s);
+        QCOMPARE(rightsText(caller.rightsIn("p"_s, "c"_s)), "create"_s);
+        QCOMPARE(rightsText(caller.rightsIn("q"_s, ""_s)), QString());
+        const Visibility visible = caller.visibilityIn("p"_s);
+        QCOMPARE(visible.elsewhere, ReadScope::Own);
+        QCOMPARE(visible.categories, (QMap<QString, ReadScope>{{"c"_s, ReadScope::None}}));
+        QCOMPARE(statusOf([&] { caller.visibilityIn("q"_s); }), 403);
     }
 
     void replacesRightsOfTheSameProjectAndCategory()

@@ -112,6 +112,10 @@ private Q_SLOTS:
         QTest::newRow("empty id") << QByteArray("GET") << QByteArray("/plans/") << 404;
         QTest::newRow("no id") << QByteArray("GET") << QByteArray("/plans") << 404;
         QTest::newRow("slash at the end") << QByteArray("GET") << QByteArray("/plans/1/") << 404;
+        QTest::newRow("empty id in the middle") << QByteArray("GET") << QByteArray("/plans//copy/all") << 400;
+        QTest::newRow("empty id before nothing known")
+            << QByteArray("GET") << QByteArray("/plans//copied/all") << 404;
+        QTest::newRow("only the last is empty") << QByteArray("GET") << QByteArray("/plans/1/copy/") << 404;
         QTest::newRow("two slashes") << QByteArray("GET") << QByteArray("//plans/1") << 404;
         QTest::newRow("unknown path") << QByteArray("GET") << QByteArray("/elsewhere") << 404;
         QTest::newRow("root") << QByteArray("GET") << QByteArray("/") << 404;

@@ -1,0 +1,69 @@
+// Metering states of the SQLite store.
+
+#include "SqliteStore.h"
+#include "VisibilitySql.h"
+
+namespace PlanService {
+
+namespace {
+
+SqlCondition conditionOf(const TaskStateQuery& query)
+{
+    SqlCondition condition;
+    condition.also(QStringLiteral("projectId = ?"), {query.projectId});
+    SqlCondition visible;
+    addVisibility(query.visible, ownNode(query.visible.user), visible);
+    if (!visible.text.isEmpty()) {
+        condition.also(QStringLiteral("EXISTS (SELECT 1 FROM planNodes WHERE planNodes.id = taskStates.taskId"
+                                      " AND ") +
+                           visible.text + QLatin1Char(')'),
+                       visible.parameters);
+    }
+    if (query.where.kind != Filter::Kind::All || !query.where.terms.isEmpty()) {
+        const SqlCondition where = sqlOf(query.where);
+        condition.also(where.text, where.parameters);
+    }
+    return condition;
+}
+
+} // namespace
+
+std::optional<TaskStateRecord> SqliteStore::taskState(const QString& taskId)
+{
+    QSqlQuery& row = m_database->run(
+        QStringLiteral("SELECT id, projectId, planId, responseId, state FROM taskStates WHERE taskId = ?"),
+        {taskId});
+    std::optional<TaskStateRecord> state;
+    if (row.next()) {
+        state =
+            TaskStateRecord{row.value(0).toString(), row.value(1).toString(), row.value(2).toString(), taskId,
+                            row.value(3).toString(), row.value(4).toInt()};
+    }
+    row.finish();
+    return state;
+}
+
+JsonPieces SqliteStore::taskStateListJson(const TaskStateQuery& query)
+{
+    const SqlCondition condition = conditionOf(query);
+    QSqlQuery rows = m_database->runOnce(
+        QStringLiteral("SELECT CAST(json_object('_id', id, 'planId', planId, 'taskId', taskId,"
+                       " 'responseId', responseId, 'state', state) AS BLOB)"
+                       " FROM taskStates WHERE %1 ORDER BY number")
+            .arg(condition.text),
+        condition.parameters);
+    return rowsJson(rows);
+}
+
+void SqliteStore::putTaskState(const TaskStateRecord& state)
+{
+    m_database
+        ->run(QStringLiteral("INSERT INTO taskStates (id, projectId, planId, taskId, responseId, state)"
+                             " VALUES (?, ?, ?, ?, ?, ?) ON CONFLICT (taskId)"
+                             " DO UPDATE SET responseId = excluded.responseId, state = excluded.state"),
+              {state.id, orEmpty(state.projectId), orEmpty(state.planId), state.taskId,
+               orEmpty(state.responseId), state.state})
+        .finish();
+}
+
+} // namespace PlanService
