@@ -126,7 +126,7 @@ private Q_SLOTS:
             written.insert(QStringLiteral("第%1列").arg(i), i + 1);
         folder.setting()->SetGanttColumnWidth(written);
         Widths read;
-        folder.setting()->GetGanttColumnWidth(read);
+        SettingFolder(folder.bytes()).setting()->GetGanttColumnWidth(read);
         QCOMPARE(read, written);
     }
 
@@ -184,8 +184,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, file);
         QFETCH(Widths, widths);
-        const SettingFolder folder;
-        folder.write(file);
+        const SettingFolder folder(file);
         Widths read;
         folder.setting()->GetGanttColumnWidth(read);
         QCOMPARE(read, widths);
@@ -245,7 +244,7 @@ private Q_SLOTS:
             setting->SetGanttColumnWidth(other);
             QVERIFY(!(FileState(folder.file()) == before));
             Widths read;
-            folder.setting()->GetGanttColumnWidth(read);
+            SettingFolder(folder.bytes()).setting()->GetGanttColumnWidth(read);
             QCOMPARE(read, other);
         }
     }
@@ -269,8 +268,7 @@ private Q_SLOTS:
 
     void otherPartsOfTheFileStay()
     {
-        const SettingFolder folder;
-        folder.write("[Other]\nkey=value\n[GanttColumnWidth]\n1\\name=a\n1\\width=1\nsize=1\n");
+        const SettingFolder folder("[Other]\nkey=value\n[GanttColumnWidth]\n1\\name=a\n1\\width=1\nsize=1\n");
         const OwnSetting setting = folder.setting();
         setting->SetGanttColumnWidth({{QStringLiteral("b"), 2}});
         setting->SetSimulateColor({QColor(0, 0, 1)});
@@ -287,7 +285,7 @@ private Q_SLOTS:
         setting->SetGanttColumnWidth({});
         QVERIFY2(folder.bytes().contains("\nsize=0\n"), folder.bytes().constData());
         Widths widths;
-        folder.setting()->GetGanttColumnWidth(widths);
+        SettingFolder(folder.bytes()).setting()->GetGanttColumnWidth(widths);
         QCOMPARE(widths, Widths());
     }
 
@@ -303,7 +301,7 @@ private Q_SLOTS:
                                             "3\\name=3 ?\n3\\width=30\n"
                                             "size=3\n"));
         Widths widths;
-        folder.setting()->GetGanttColumnWidth(widths);
+        SettingFolder(folder.bytes()).setting()->GetGanttColumnWidth(widths);
         QCOMPARE(widths, (Widths{{QStringLiteral("1 é名"), 10},
                                  {QStringLiteral("2 ?????"), 20},
                                  {QStringLiteral("3 ?"), 30}}));
@@ -321,7 +319,7 @@ private Q_SLOTS:
             written.insert(name(code, QString(QChar(code))), code);
         folder.setting()->SetGanttColumnWidth(written);
         Widths read;
-        folder.setting()->GetGanttColumnWidth(read);
+        SettingFolder(folder.bytes()).setting()->GetGanttColumnWidth(read);
         QCOMPARE(read.size(), written.size());
         int kept = 0;
         for (int code = 1; code < 0x10000; ++code) {

@@ -52,12 +52,18 @@ namespace KvTest {
 
 using OwnSetting = std::unique_ptr<KvPlanSetting, KvPlanSettingTestAccess>;
 
-/// A settings folder of its own, and objects on it as a process makes its one. Within a process the file is
-/// cached by its path, so each test takes a folder of its own.
+/// A settings folder of its own, and objects on it as a process makes its one. Within a process Qt keeps what
+/// it wrote to a path, so each test takes a folder of its own, and what is to be read from the bytes another.
 class SettingFolder
 {
 public:
     SettingFolder() { SetSettingsDirectory(m_folder.path()); }
+    /// With this file in it.
+    explicit SettingFolder(const QByteArray& bytes)
+        : SettingFolder()
+    {
+        write(bytes);
+    }
     ~SettingFolder() { SetSettingsDirectory(QString()); }
     SettingFolder(const SettingFolder&) = delete;
     SettingFolder& operator=(const SettingFolder&) = delete;
