@@ -52,6 +52,11 @@ private:
         return QJsonDocument::fromJson(RawHttp(m_service.port()).get(target).body).object();
     }
 
+    QJsonArray list(const QByteArray& target)
+    {
+        return QJsonDocument::fromJson(RawHttp(m_service.port()).get(target).body).array();
+    }
+
     QByteArray copyOfThePlan()
     {
         const RawReply copy =
@@ -107,13 +112,19 @@ private Q_SLOTS:
             path.replace("{planId}", method == "DELETE" ? copyOfThePlan() : m_plan)
                 .replace("{projectId}", "sample-project")
                 .replace("{planNodeId}", m_plan.left(16) + "00000001")
+                .replace("{taskId}", m_plan.left(16) + "00000001")
                 .replace("{key}", "k");
             QVERIFY2(!path.contains('{'), path.constData());
+            // What these two cannot do without.
+            path += path.endsWith("/auth") ? "?moduleKey=plan&key=read" : "";
+            path += path.endsWith("/planNodes_quantities_statistics") ? "?period=month" : "";
             const RawReply reply =
                 RawHttp(m_service.port())
                     .request(method, path,
                              method == "GET" ? QByteArray()
-                                             : "{\"value\":1,\"projectId\":\"sample-project\"}");
+                                             : "{\"value\":1,\"projectId\":\"sample-project\",\"state\":1,"
+                                               "\"taskId\":\"" +
+                                                   m_plan.left(16) + "00000001\"}");
             QCOMPARE(reply.status, method == "DELETE" ? 204 : 200);
             const QStringList statuses = m_description.statuses(operation);
             QVERIFY(statuses.contains(QString::number(reply.status)));
@@ -136,6 +147,15 @@ private Q_SLOTS:
         compare("Document"_s, expanded.value("documents"_s).toArray());
         compare("PlanCount"_s, {get("/task-service/projects/sample-project/plans?only_count=true")});
         compare("Error"_s, {get("/elsewhere")});
+        const QByteArray project = "/task-service/projects/sample-project/";
+        compare("RightValue"_s, {get(project + "auth?moduleKey=plan&key=read")});
+        compare("Quantity"_s, list(project + "planNodes_quantities_statistics?period=week"));
+        const QJsonObject statistics = get(project + "planNodes_statistics");
+        compare("Statistics"_s, {statistics});
+        const QJsonArray byStatus = statistics.value("items"_s).toArray();
+        compare("StatusCount"_s, byStatus);
+        compare("SituationCount"_s, byStatus.first().toObject().value("items"_s).toArray());
+        compare("TaskState"_s, list("/ka-rond-service/projects/sample-project/taskstates"));
         QJsonArray predecessors;
         QJsonArray lags;
         QJsonArray links;
@@ -153,6 +173,20 @@ private Q_SLOTS:
         compare("Lag"_s, lags);
         compare("EntityLink"_s, links);
         compare("MaterialBill"_s, bills);
+        const QByteArray node = m_plan.left(16) + "00000004";
+        const QJsonObject response{
+            {"media"_s, QJsonArray{QJsonObject{{"fileId"_s, "f"_s}}}},
+            {"documentIds"_s, expanded.value("documentIds"_s)},
+        };
+        const QJsonArray responses{
+            QJsonDocument::fromJson(RawHttp(m_service.port())
+                                        .request("POST", "/task-service/planNodes/" + node + "/responses",
+                                                 QJsonDocument(response).toJson())
+                                        .body)
+                .object()};
+        compare("Response"_s, responses);
+        compare("Medium"_s, responses.first().toObject().value("media"_s).toArray());
+        compare("Document"_s, responses.first().toObject().value("documents"_s).toArray());
     }
 };
 
