@@ -104,6 +104,7 @@ SampleNode SampleNodeJson::node(const std::vector<SampleItem>& items, std::size_
     SampleNode node;
     node.summary = item.hasChildren;
     node.milestone = item.milestone;
+    node.progress = item.progress;
     PlanNodeRecord& record = node.record;
     record.id = m_plan.id.left(16) + QStringLiteral("%1").arg(rowOf(index), 8, 16, QLatin1Char('0'));
     record.planId = m_plan.id;
@@ -129,6 +130,7 @@ SampleNode SampleNodeJson::node(const std::vector<SampleItem>& items, std::size_
     record.createdBy = m_plan.createdBy;
     const QStringList executing = leaf ? peopleFor(item, 1) : QStringList();
     const QStringList cooperating = leaf && item.floor % 2 == 1 ? peopleFor(item, 2) : QStringList();
+    node.worker = executing.value(0);
     record.people = peopleText(peopleFor(item, 0) + executing + cooperating);
     const bool late = leaf && item.actualEnd > item.end;
 

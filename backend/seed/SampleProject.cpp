@@ -2,6 +2,7 @@
 
 #include "../json/JsonWriter.h"
 #include "SampleNodeJson.h"
+#include "SampleProgress.h"
 #include "SampleSchedule.h"
 
 #include <QCryptographicHash>
@@ -130,8 +131,20 @@ void seedStore(const SampleProject& project, Store& store)
                 .arg(project.plan().id));
     }
     store.insertPlan(project.plan());
-    project.generate({[&](const SampleNode& node) { store.insertPlanNode(node.record); },
-                      [&](const DocumentRecord& document) {
+    const auto insert = [&](const SampleNode& node) {
+        store.insertPlanNode(node.record);
+        const SampleProgress progress = sampleProgress(node, project.plan(), project.language());
+        for (const DocumentRecord& document : progress.documents) {
+            store.insertDocument(document);
+        }
+        for (const ResponseRecord& response : progress.responses) {
+            store.insertResponse(response);
+        }
+        if (progress.state) {
+            store.putTaskState(*progress.state);
+        }
+    };
+    project.generate({insert, [&](const DocumentRecord& document) {
                           store.insertDocument(document);
                       }});
     transaction.commit();

@@ -33,6 +33,8 @@ struct SampleNode
     PlanNodeRecord record;
     bool summary = false;
     bool milestone = false;
+    double progress = 0; ///< percent
+    QString worker;      ///< one who executes it; empty for summaries
 };
 
 /// A residential tower, or as many as the node count asks for: phase, floor or section, trade, task. Links of
@@ -47,6 +49,7 @@ public:
     explicit SampleProject(const SampleOptions& options);
 
     const PlanRecord& plan() const { return m_plan; }
+    SampleLanguage language() const { return m_options.language; }
 
     struct Sink
     {
@@ -62,7 +65,8 @@ private:
     PlanRecord m_plan;
 };
 
-/// Puts the whole sample into the store in one transaction. Throws StoreError when the plan is there already.
+/// Puts the whole sample into the store in one transaction, with what was reported on its nodes. Throws
+/// StoreError when the plan is there already.
 void seedStore(const SampleProject& project, Store& store);
 
 /// The JSON pieces of the plan as the service sends it, handed to @p write one after another.

@@ -309,6 +309,49 @@ private Q_SLOTS:
             QCOMPARE(QJsonValue(QJsonArray::fromStringList(documents)), node.value("documentIds"_s));
         }
     }
+
+    void reportsFitTheNodes()
+    {
+        const QTemporaryDir folder;
+        const auto store = openStore(folder.filePath("a.db"_s), MissingDatabase::Create);
+        const SampleProject project{SampleOptions()};
+        seedStore(project, *store);
+        const auto again = openStore(folder.filePath("b.db"_s), MissingDatabase::Create);
+        seedStore(project, *again);
+        QSet<int> codes;
+        int reported = 0;
+        int withDocuments = 0;
+        const QJsonArray nodes = sampleNodes(SampleOptions());
+        for (const QJsonValue& value : nodes) {
+            const QJsonObject node = value.toObject();
+            const QString id = node.value("_id"_s).toString();
+            const JsonPieces json = store->responseListJson(id, true);
+            QCOMPARE(again->responseListJson(id, true), json);
+            const QJsonArray responses = QJsonDocument::fromJson(json.join()).array();
+            const auto state = store->taskState(id);
+            QCOMPARE(state.has_value(), !responses.isEmpty());
+            if (!state) {
+                continue;
+            }
+            ++reported;
+            codes.insert(state->state);
+            const QJsonObject last = responses.last().toObject();
+            QCOMPARE(last.value("_id"_s).toString(), state->responseId);
+            QCOMPARE(last.value("percentage"_s), node.value("finishedPercentage"_s));
+            QCOMPARE(last.value("actualFinishDate"_s), node.value("actualFinishDate"_s));
+            QString before;
+            for (const QJsonValue& response : responses) {
+                QCOMPARE(response.toObject().value("actualStartDate"_s), node.value("actualStartDate"_s));
+                QVERIFY(before < response.toObject().value("createdAt"_s).toString());
+                before = response.toObject().value("createdAt"_s).toString();
+                const QJsonArray documents = response.toObject().value("documents"_s).toArray();
+                QCOMPARE(documents.size(), response.toObject().value("documentIds"_s).toArray().size());
+                withDocuments += documents.isEmpty() ? 0 : 1;
+            }
+        }
+        QVERIFY2(reported > 30 && withDocuments > 20, qPrintable(QString::number(reported)));
+        QCOMPARE(codes, (QSet<int>{1, 2}));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestSample)
