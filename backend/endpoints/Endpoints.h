@@ -23,6 +23,14 @@ Reply getRight(const Call& call);
 Reply getTaskStates(const Call& call);
 Reply postTaskState(const Call& call);
 Reply putTaskState(const Call& call);
+Reply getPlanNodesOfPlan(const Call& call);
+Reply getPlanNodes(const Call& call);
+Reply postPlanNode(const Call& call);
+Reply postPlanNodes(const Call& call);
+Reply putPlanNode(const Call& call);
+Reply putPlanNodes(const Call& call);
+Reply deletePlanNode(const Call& call);
+Reply deletePlanNodes(const Call& call);
 Reply getUserSetting(const Call& call);
 Reply putUserSetting(const Call& call);
 

@@ -5,6 +5,7 @@
 #include "../records/FieldReader.h"
 #include "../store/Store.h"
 #include "Endpoints.h"
+#include "PlanReply.h"
 
 namespace PlanService {
 
@@ -30,12 +31,18 @@ PlanQuery queryOf(const Call& call)
 Reply getPlans(const Call& call)
 {
     const PlanQuery query = queryOf(call);
+    return listReply(
+        call, [&] { return call.store.planListJson(query); }, [&] { return call.store.planCount(query); });
+}
+
+Reply listReply(const Call& call, const std::function<JsonPieces()>& list, const std::function<int()>& count)
+{
     try {
         if (!call.queryFlag("only_count")) {
-            return {200, call.store.planListJson(query), {}, {}};
+            return {200, list(), {}, {}};
         }
         JsonWriter json;
-        json.beginObject().key("count").number(call.store.planCount(query)).endObject();
+        json.beginObject().key("count").number(count()).endObject();
         return {200, {json.take()}, {}, {}};
     } catch (const StoreTooSlow&) {
         throw ApiError(

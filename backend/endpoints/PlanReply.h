@@ -1,6 +1,9 @@
 #pragma once
 
 #include "../http/Router.h"
+#include "../records/PlanNodeInput.h"
+
+#include <functional>
 
 namespace PlanService {
 
@@ -10,5 +13,10 @@ ApiError noSuchPlan(const QString& id);
 ApiError noSuchPlanNode(const QString& id);
 /// The plan as it stands now with its nodes. Throws ApiError 404.
 Reply planReply(const Call& call, const QString& id);
+/// What @p list gives or, with "only_count", {"count": what @p count gives}. Throws ApiError 400 for a search
+/// that takes too long.
+Reply listReply(const Call& call, const std::function<JsonPieces()>& list, const std::function<int()>& count);
+/// Inserts the node; an id that another node has, in whatever plan, is replaced by a new one.
+void insertNode(Store& store, PlanNodeRecord& node, NodeIds& ids);
 
 } // namespace PlanService

@@ -21,15 +21,6 @@ PlanRecord existingPlan(const Call& call, const QString& id)
     return *plan;
 }
 
-/// Inserts the node; an id that another node has, in whatever plan, is replaced by a new one.
-void insertNode(Store& store, PlanNodeRecord& node, NodeIds& ids)
-{
-    if (store.planNodeOwnership(node.id)) {
-        giveId(node, ids.next());
-    }
-    store.insertPlanNode(node);
-}
-
 void requireCategories(const Call& call, const PlanRecord& plan, const QVector<PlanNodeRecord>& nodes,
                        void (Caller::*require)(const QString&, const QString&) const)
 {
@@ -94,6 +85,13 @@ QString freeName(Store& store, const PlanRecord& plan)
 }
 
 } // namespace
+
+void insertNode(Store& store, PlanNodeRecord& node, NodeIds& ids)
+{
+    while (!store.addPlanNode(node)) {
+        giveId(node, ids.next());
+    }
+}
 
 Reply postPlan(const Call& call)
 {

@@ -15,10 +15,24 @@ namespace {
 
 constexpr int publicNotSet = 100; // a client leaves this value out
 
-ApiError badJson(int position)
+ApiError badJson(int position, const char* wanted = "object")
 {
     return {400, QStringLiteral("badJson"),
-            QStringLiteral("the body is not a well-formed JSON object, see byte %1").arg(position)};
+            QStringLiteral("the body is not a well-formed JSON %1, see byte %2")
+                .arg(QLatin1String(wanted))
+                .arg(position)};
+}
+
+void requireNotTooMany(const PlanInput& input, const QString& what)
+{
+    if (input.nodes.size() > mostNodes) {
+        throw ApiError(413, QStringLiteral("tooManyNodes"),
+                       QStringLiteral("%1 has %2 nodes, a request takes at most %3")
+                           .arg(what)
+                           .arg(input.nodes.size())
+                           .arg(mostNodes),
+                       QLatin1String(input.list));
+    }
 }
 
 QJsonObject parsedObject(const QByteArray& json, int position)
@@ -99,14 +113,63 @@ PlanInput readPlanInput(const QByteArray& body)
     } catch (const JsonSplitError& error) {
         throw badJson(error.position());
     }
-    if (input.nodes.size() > mostNodes) {
-        throw ApiError(413, QStringLiteral("tooManyNodes"),
-                       QStringLiteral("'projectData' has %1 nodes, a request takes at most %2")
-                           .arg(input.nodes.size())
-                           .arg(mostNodes),
-                       QStringLiteral("projectData"));
-    }
+    requireNotTooMany(input, QStringLiteral("'projectData'"));
     return input;
+}
+
+PlanInput readNodeList(const QByteArray& body)
+{
+    PlanInput input;
+    input.text = body;
+    input.hasNodes = true;
+    input.list = "";
+    try {
+        input.nodes = splitArray(body, {0, body.size()});
+    } catch (const JsonSplitError& error) {
+        throw badJson(error.position(), "array");
+    }
+    requireNotTooMany(input, QStringLiteral("the body"));
+    return input;
+}
+
+PlanInput readSingleNode(const QByteArray& body)
+{
+    if (body.size() > largestSingleNode) {
+        throw ApiError(413, QStringLiteral("bodyTooLarge"),
+                       QStringLiteral("the body has %1 bytes, at most %2 are accepted here")
+                           .arg(body.size())
+                           .arg(largestSingleNode));
+    }
+    PlanInput input;
+    input.text = body;
+    input.hasNodes = true;
+    input.list = nullptr;
+    input.nodes = {{0, body.size()}};
+    return input;
+}
+
+QString pathOfNode(const PlanInput& input, int index)
+{
+    return input.list == nullptr ? QString()
+                                 : QStringLiteral("%1[%2]").arg(QLatin1String(input.list)).arg(index);
+}
+
+QJsonObject parsedNode(const PlanInput& input, int index)
+{
+    const JsonSlice& slice = input.nodes.at(index);
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(textOf(input.text, slice), &error);
+    if (error.error != QJsonParseError::NoError || !document.isObject()) {
+        // A number or a text is no document either; which of the two it was does not matter to the client.
+        const QString path = pathOfNode(input, index);
+        throw ApiError(400, QStringLiteral("badJson"),
+                       QStringLiteral("%1 is not a well-formed JSON object, see byte %2")
+                           .arg(path.isEmpty() ? QStringLiteral("the body")
+                                               : QLatin1Char('\'') + path + QLatin1Char('\''))
+                           .arg(slice.begin + error.offset),
+                       path);
+    }
+    return document.object();
 }
 
 PlanRecord newPlan(const QJsonObject& input, const QString& user)

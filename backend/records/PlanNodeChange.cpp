@@ -48,7 +48,8 @@ PlanNodeRecord changedPlanNode(const PlanNodeRecord& stored, const QJsonObject& 
         values.insert(it.key(), it.value());
     }
     const FieldReader in = readerOf(values, index);
-    Stamp stamp = stampOf(stored);
+    Stamp stamp{stored.createdAt, stored.createdBy, stored.updatedAt,
+                before.value(QLatin1String("updatedBy")).toString()};
     PlanNodeRecord changed = stored;
     writePlanNode(changed, in, stamp);
     if (values == before || changed.document == stored.document) {

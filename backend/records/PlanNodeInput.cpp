@@ -1,11 +1,9 @@
 #include "PlanNodeInput.h"
 
-#include "../http/Reply.h"
 #include "../json/JsonWriter.h"
 #include "FieldReader.h"
 #include "PlanNodeWriter.h"
 
-#include <QJsonDocument>
 #include <QSet>
 
 namespace PlanService {
@@ -14,20 +12,10 @@ namespace {
 
 constexpr int longestId = 100;
 
-QJsonValue parsedNode(const PlanInput& input, int index)
+FieldReader readerOf(const PlanInput& input, int index)
 {
-    const JsonSlice& slice = input.nodes.at(index);
-    QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(textOf(input.text, slice), &error);
-    if (error.error != QJsonParseError::NoError || !document.isObject()) {
-        // A number or a text is no document either; which of the two it was does not matter to the client.
-        throw ApiError(400, QStringLiteral("badJson"),
-                       QStringLiteral("'projectData[%1]' is not a well-formed JSON object, see byte %2")
-                           .arg(index)
-                           .arg(slice.begin + error.offset),
-                       QStringLiteral("projectData[%1]").arg(index));
-    }
-    return document.object();
+    const QJsonObject node = parsedNode(input, index);
+    return input.list == nullptr ? FieldReader(node) : FieldReader(nullptr, input.list, index, node);
 }
 
 QString sentId(const FieldReader& in, QSet<QString>& seen)
@@ -68,7 +56,7 @@ QString NodeIds::next()
 }
 
 QVector<PlanNodeRecord> readPlanNodes(const PlanInput& input, const PlanRecord& plan, const QString& user,
-                                      NodeIds& ids, const FindNode& findStored)
+                                      NodeIds& ids, const FindNode& findStored, int rowsBefore)
 {
     QVector<PlanNodeRecord> nodes;
     nodes.reserve(input.nodes.size());
@@ -76,14 +64,13 @@ QVector<PlanNodeRecord> readPlanNodes(const PlanInput& input, const PlanRecord& 
     const QString now = siteNow();
     const Stamp fresh{now, user, now, user};
     for (int i = 0; i < input.nodes.size(); ++i) {
-        const QJsonValue element = parsedNode(input, i);
-        const FieldReader in(nullptr, "projectData", i, element);
+        const FieldReader in = readerOf(input, i);
         PlanNodeRecord node;
         node.id = sentId(in, seen);
         node.planId = plan.id;
         node.projectId = plan.projectId;
         node.category = plan.category;
-        node.rowNumber = i + 1;
+        node.rowNumber = rowsBefore + i + 1;
         const auto stored = node.id.isEmpty() || !findStored ? std::nullopt : findStored(node.id);
         if (node.id.isEmpty()) {
             node.id = ids.next();

@@ -36,6 +36,8 @@ SqliteStore::SqliteStore(std::unique_ptr<SqliteDatabase> database)
     m_database->execute(sql("PRAGMA synchronous = FULL"));
     m_database->execute(sql("PRAGMA foreign_keys = ON"));
     m_database->execute(sql("PRAGMA mmap_size = 268435456"));
+    // A transaction that outgrows its cache writes its pages more than once.
+    m_database->execute(sql("PRAGMA cache_size = -65536"));
 }
 
 int SqliteStore::schemaVersion()

@@ -57,6 +57,24 @@ private:
         return QJsonDocument::fromJson(RawHttp(m_service.port()).get(target).body).array();
     }
 
+    QByteArray nodeOf(const QByteArray& plan)
+    {
+        const QJsonArray tasks = get("/task-service/plans/" + plan).value("tasks"_s).toArray();
+        return tasks.first().toObject().value("_id"_s).toString().toLatin1();
+    }
+
+    QByteArray bodyFor(const QString& operation) const
+    {
+        if (operation.startsWith("GET"_s)) {
+            return QByteArray();
+        }
+        const bool list = operation == "PUT /task-service/planNodes"_s ||
+                          operation == "POST /task-service/plans/{planId}/planNodes"_s;
+        return list ? QByteArray("[]")
+                    : "{\"value\":1,\"projectId\":\"sample-project\",\"state\":1,\"taskId\":\"" +
+                          m_plan.left(16) + "00000001\"}";
+    }
+
     QByteArray copyOfThePlan()
     {
         const RawReply copy =
@@ -111,20 +129,16 @@ private Q_SLOTS:
             const QByteArray method = operation.section(QLatin1Char(' '), 0, 0).toLatin1();
             path.replace("{planId}", method == "DELETE" ? copyOfThePlan() : m_plan)
                 .replace("{projectId}", "sample-project")
-                .replace("{planNodeId}", m_plan.left(16) + "00000001")
+                .replace("{planNodeId}",
+                         method == "DELETE" ? nodeOf(copyOfThePlan()) : m_plan.left(16) + "00000001")
                 .replace("{taskId}", m_plan.left(16) + "00000001")
                 .replace("{key}", "k");
             QVERIFY2(!path.contains('{'), path.constData());
             // What these two cannot do without.
             path += path.endsWith("/auth") ? "?moduleKey=plan&key=read" : "";
             path += path.endsWith("/planNodes_quantities_statistics") ? "?period=month" : "";
-            const RawReply reply =
-                RawHttp(m_service.port())
-                    .request(method, path,
-                             method == "GET" ? QByteArray()
-                                             : "{\"value\":1,\"projectId\":\"sample-project\",\"state\":1,"
-                                               "\"taskId\":\"" +
-                                                   m_plan.left(16) + "00000001\"}");
+            path += operation == "DELETE /task-service/planNodes"_s ? "?queryParam={\"ids\":[]}" : "";
+            const RawReply reply = RawHttp(m_service.port()).request(method, path, bodyFor(operation));
             QCOMPARE(reply.status, method == "DELETE" ? 204 : 200);
             const QStringList statuses = m_description.statuses(operation);
             QVERIFY(statuses.contains(QString::number(reply.status)));
@@ -143,6 +157,9 @@ private Q_SLOTS:
         const QJsonObject expanded =
             get("/task-service/planNodes/" + m_plan.left(16) + "00000004?expand=true");
         nodes.append(expanded);
+        const QByteArray listed = "/task-service/plans/" + m_plan + "/planNodes";
+        compare("PlanNode"_s, list(listed + "?expand=true"));
+        compare("PlanCount"_s, {get(listed + "?only_count=true")});
         compare("PlanNode"_s, nodes);
         compare("Document"_s, expanded.value("documents"_s).toArray());
         compare("PlanCount"_s, {get("/task-service/projects/sample-project/plans?only_count=true")});
