@@ -39,11 +39,25 @@ bool isIdentifier(const QString& id)
            id != QLatin1String("..");
 }
 
-QString meaningOf(const QString& positional)
+const QLatin1String several("...");
+
+QString withoutDots(const QString& name)
 {
-    if (positional == QLatin1String("PLAN"))
+    return name.endsWith(several) ? name.chopped(several.size()) : name;
+}
+
+QString meaningOf(const QString& positional, const QString& command)
+{
+    const QString name = withoutDots(positional);
+    if (name == QLatin1String("PLAN"))
         return QStringLiteral("Identifier of the plan; \"kvplan plans\" lists them.");
-    if (positional == QLatin1String("NAME"))
+    if (name == QLatin1String("NODE"))
+        return QStringLiteral("Identifier of the task; \"kvplan nodes\" lists them.");
+    if (name == QLatin1String("FIELD=VALUE"))
+        return QStringLiteral("Field of the task and what it becomes.");
+    if (command == QLatin1String("save"))
+        return QStringLiteral("Tasks as JSON; \"-\" is the standard input.");
+    if (name == QLatin1String("NAME"))
         return QStringLiteral("Name of the plan.");
     return QStringLiteral("File in exchange JSON.");
 }
@@ -56,7 +70,7 @@ Arguments::Arguments(const QString& command, const QString& summary, const QStri
 {
     m_parser.setApplicationDescription(summary);
     for (const QString& name : qAsConst(m_usage))
-        m_parser.addPositionalArgument(name, meaningOf(name));
+        m_parser.addPositionalArgument(name, meaningOf(name, command));
 }
 
 bool Arguments::read(const QStringList& arguments, int positionalCount)
@@ -73,18 +87,28 @@ bool Arguments::read(const QStringList& arguments, int positionalCount)
         m_exitCode = say(help);
         return false;
     }
+    return checkPositionals(positionalCount) && configure();
+}
+
+bool Arguments::checkPositionals(int count)
+{
     const QStringList positional = m_parser.positionalArguments();
-    if (positional.size() > positionalCount)
-        return refuse(QStringLiteral("unexpected argument \"%1\"").arg(positional.at(positionalCount)));
-    for (int i = 0; i < positionalCount; ++i) {
+    const bool isOpen = !m_usage.isEmpty() && m_usage.last().endsWith(several);
+    if (positional.size() > count && !isOpen)
+        return refuse(QStringLiteral("unexpected argument \"%1\"").arg(positional.at(count)));
+    for (int i = 0; i < qMax(count, positional.size()); ++i) {
+        const QString name = withoutDots(m_usage.at(qMin(i, m_usage.size() - 1)));
         if (positional.value(i).isEmpty())
-            return refuse(QStringLiteral("%1 is %2")
-                              .arg(m_usage.value(i), i < positional.size() ? QStringLiteral("empty")
-                                                                           : QStringLiteral("missing")));
-        if (m_usage.value(i) == QLatin1String("PLAN") && !isIdentifier(positional.at(i)))
-            return refuse(QStringLiteral("\"%1\" is no plan identifier").arg(positional.at(i)));
+            return refuse(
+                QStringLiteral("%1 is %2")
+                    .arg(name, i < positional.size() ? QStringLiteral("empty") : QStringLiteral("missing")));
+        const bool isPlan = name == QLatin1String("PLAN");
+        if ((isPlan || name == QLatin1String("NODE")) && !isIdentifier(positional.at(i)))
+            return refuse(
+                QStringLiteral("\"%1\" is no %2 identifier")
+                    .arg(positional.at(i), isPlan ? QStringLiteral("plan") : QStringLiteral("task")));
     }
-    return configure();
+    return true;
 }
 
 void Arguments::addSharedOptions()
@@ -151,6 +175,21 @@ bool Arguments::readDay(const char* option, QDate& day)
     day = QDate::fromString(value(option), QStringLiteral("yyyy-MM-dd"));
     return day.isValid() || refuse(QStringLiteral("--%1 takes a day as in 2026-03-05, not \"%2\"")
                                        .arg(QLatin1String(option), value(option)));
+}
+
+bool Arguments::readPeriod(bool& allTime, QDateTime& start, QDateTime& end)
+{
+    QDate from(1970, 1, 1);
+    QDate to(9999, 12, 30); // the day after it is the last that the date text can hold
+    if (!readDay("from", from) || !readDay("to", to))
+        return false;
+    if (to < from)
+        return refuse(QStringLiteral("--to %1 is before --from %2")
+                          .arg(to.toString(Qt::ISODate), from.toString(Qt::ISODate)));
+    allTime = !isSet("from") && !isSet("to");
+    start = from.startOfDay();
+    end = to.startOfDay();
+    return true;
 }
 
 bool Arguments::needService()

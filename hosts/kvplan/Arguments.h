@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QtCore/QCommandLineParser>
-#include <QtCore/QDate>
+#include <QtCore/QDateTime>
 #include <QtCore/QStringList>
 
 /// The command line of one subcommand, with the options that all of them share: server, project, access
@@ -9,7 +9,8 @@
 class Arguments
 {
 public:
-    /// @p usage names the positional arguments as shown in the help, as in "PLAN".
+    /// @p usage names the positional arguments as shown in the help, as in "PLAN". A last one that ends in
+    /// "..." may be given several times.
     Arguments(const QString& command, const QString& summary, const QString& usage);
 
     /// An option of this command alone; @p valueName null: one without a value.
@@ -19,7 +20,8 @@ public:
     void addJsonOption();
 
     /// Reads @p arguments (without program and command) and configures the platform libraries. No positional
-    /// argument may be empty; one named "PLAN" must be an identifier that can be asked for.
+    /// argument may be empty; one named "PLAN" or "NODE" must be an identifier that can be asked for.
+    /// @param positionalCount how many there have to be.
     /// @return false when the command is to end now, with exitCode().
     bool read(const QStringList& arguments, int positionalCount);
 
@@ -30,6 +32,13 @@ public:
     /// Reads an option's value as a day; @p day stays when it is left out.
     /// @return false when it is something else; the command is then to end with exitCode().
     bool readDay(const char* option, QDate& day);
+
+    /// Reads the options --from and --to as the days of a filter; open ends reach from 1970 to the last day
+    /// that the date text can hold.
+    /// @param[out] allTime neither is given
+    /// @return false when they are no days or stand the wrong way round; the command is then to end with
+    /// exitCode().
+    bool readPeriod(bool& allTime, QDateTime& start, QDateTime& end);
 
     /// Complains that @p message, for what the options say together, and sets exitCode(). @return false.
     bool refuse(const QString& message);
@@ -44,13 +53,16 @@ public:
     bool isSet(const char* option) const { return m_parser.isSet(QLatin1String(option)); }
     QString value(const char* option) const { return m_parser.value(QLatin1String(option)); }
     int exitCode() const { return m_exitCode; }
+    QStringList values(const char* option) const { return m_parser.values(QLatin1String(option)); }
     QString positional(int index) const { return m_parser.positionalArguments().at(index); }
+    QStringList positionalsFrom(int index) const { return m_parser.positionalArguments().mid(index); }
     bool wantsJson() const { return isSet("json"); } ///< needs addJsonOption()
 
 private:
     bool readNumber(const QString& source, const QString& text, int lowest, int highest, int& number);
     void addSharedOptions();
     QString parserFault() const;
+    bool checkPositionals(int count);
     bool configure();
     bool configureTimeout();
     bool configureToken();

@@ -41,19 +41,9 @@ QByteArray plansJson(const QList<KvPlan>& plans)
 // The filter as the options say it. @return false when one of them cannot be read.
 bool readCondition(Arguments& line, KvPlanCondition& condition)
 {
-    QDate from(1970, 1, 1);
-    QDate to(9999, 12, 30); // the day after it is the last that the date text can hold
-    if (!line.readDay("from", from) || !line.readDay("to", to))
-        return false;
-    if (to < from)
-        return line.refuse(QStringLiteral("--to %1 is before --from %2")
-                               .arg(to.toString(Qt::ISODate), from.toString(Qt::ISODate)));
     condition.name = line.value("name");
     condition.category = line.value("category");
-    condition.allTime = !line.isSet("from") && !line.isSet("to");
-    condition.startDate = from.startOfDay();
-    condition.endDate = to.startOfDay();
-    return true;
+    return line.readPeriod(condition.allTime, condition.startDate, condition.endDate);
 }
 
 int sayAllPlans(const Session& session, const Arguments& line)

@@ -1,113 +1,22 @@
 #include "RecordJson.h"
 
-#include <QtCore/QJsonArray>
-
-namespace {
-
-QJsonValue dateValue(const QDateTime& dateTime)
-{
-    return dateTime.isValid() ? QJsonValue(dateTime.toString(Qt::ISODateWithMs))
-                              : QJsonValue(QJsonValue::Null);
-}
-
-QJsonObject durationToJson(const KvDuration& duration)
-{
-    return {{QStringLiteral("value"), duration.value}, {QStringLiteral("units"), duration.units}};
-}
-
-QJsonObject predecessorToJson(const KvPlanPredecessor& link)
-{
-    return {
-        {QStringLiteral("sourcePlanNodeName"), link.sourcePlanNodeName},
-        {QStringLiteral("targetPlanNodeName"), link.targetPlanNodeName},
-        {QStringLiteral("lag"), durationToJson(link.lag)},
-        {QStringLiteral("type"), link.type},
-        {QStringLiteral("sourcePlanNodeUniqueId"), link.sourcePlanNodeUniqueId},
-        {QStringLiteral("targetPlanNodeUniqueId"), link.targetPlanNodeUniqueId},
-        {QStringLiteral("sourcePlanNodeId"), link.sourcePlanNodeId},
-        {QStringLiteral("targetPlanNodeId"), link.targetPlanNodeId},
-    };
-}
-
-QJsonObject documentToJson(const KvDocument& document)
-{
-    return {
-        {QStringLiteral("id"), document.id},
-        {QStringLiteral("name"), document.name},
-        {QStringLiteral("fileSize"), document.fileSize},
-        {QStringLiteral("suffix"), document.suffix},
-        {QStringLiteral("createdAt"), document.createdAt},
-        {QStringLiteral("createdBy"), document.createdBy},
-    };
-}
-
-QJsonObject listsToJson(const QMap<QString, QStringList>& lists)
-{
-    QJsonObject json;
-    for (auto entry = lists.constBegin(); entry != lists.constEnd(); ++entry)
-        json.insert(entry.key(), QJsonArray::fromStringList(entry.value()));
-    return json;
-}
-
-template<class Record>
-QJsonArray arrayOf(const QList<Record>& records, QJsonObject (*toJson)(const Record&))
-{
-    QJsonArray array;
-    for (const Record& record : records)
-        array.append(toJson(record));
-    return array;
-}
-
-} // namespace
+#include "NodeFields.h"
+#include "RecordValues.h"
 
 QJsonObject nodeToJson(const KvPlanNode& node)
 {
-    return {
-        {QStringLiteral("id"), node.id},
-        {QStringLiteral("category"), node.category},
-        {QStringLiteral("name"), node.name},
-        {QStringLiteral("finishedPercentage"), node.finishedPercentage},
-        {QStringLiteral("planNodeId"), node.planNodeId},
-        {QStringLiteral("uniqueId"), node.uniqueId},
-        {QStringLiteral("parentTaskId"), node.parentTaskId},
-        {QStringLiteral("guid"), node.guid},
-        {QStringLiteral("planId"), node.planId},
-        {QStringLiteral("planName"), node.planName},
-        {QStringLiteral("projectId"), node.projectId},
-        {QStringLiteral("notes"), node.notes},
-        {QStringLiteral("summary"), node.summary},
-        {QStringLiteral("milestone"), node.milestone},
-        {QStringLiteral("predecessors"), arrayOf(node.predecessors, predecessorToJson)},
-        {QStringLiteral("startDate"), dateValue(node.startDate)},
-        {QStringLiteral("finishDate"), dateValue(node.finishDate)},
-        {QStringLiteral("duration"), durationToJson(node.duration)},
-        {QStringLiteral("startText"), node.startText},
-        {QStringLiteral("durationText"), node.durationText},
-        {QStringLiteral("finishSlack"), durationToJson(node.finishSlack)},
-        {QStringLiteral("finishText"), node.finishText},
-        {QStringLiteral("type"), node.type},
-        {QStringLiteral("remark"), node.remark},
-        {QStringLiteral("isDistributed"), node.isDistributed},
-        {QStringLiteral("dynamicEffect"), node.dynamicEffect},
-        {QStringLiteral("displaySimulation"), node.displaySimulation},
-        {QStringLiteral("entityHideDate"), dateValue(node.entityHideDate)},
-        {QStringLiteral("entityHideType"), node.entityHideType},
-        {QStringLiteral("planWorkload"), node.planWorkload},
-        {QStringLiteral("actualWorkload"), node.actualWorkload},
-        {QStringLiteral("createdAt"), dateValue(node.createdAt)},
-        {QStringLiteral("updatedAt"), dateValue(node.updatedAt)},
-        {QStringLiteral("createdBy"), node.createdBy},
-        {QStringLiteral("updatedBy"), node.updatedBy},
-        {QStringLiteral("actualStartDate"), dateValue(node.actualStartDate)},
-        {QStringLiteral("actualFinishDate"), dateValue(node.actualFinishDate)},
-        {QStringLiteral("userIds"), QJsonArray::fromStringList(node.userIds)},
-        {QStringLiteral("executeIds"), QJsonArray::fromStringList(node.executeIds)},
-        {QStringLiteral("cooperateIds"), QJsonArray::fromStringList(node.cooperateIds)},
-        {QStringLiteral("links"), listsToJson(node.links)},
-        {QStringLiteral("documentIds"), QJsonArray::fromStringList(node.documentIds)},
-        {QStringLiteral("documents"), arrayOf(node.documents, documentToJson)},
-        {QStringLiteral("materialBills"), listsToJson(node.materialBills)},
-    };
+    QJsonObject json;
+    for (const NodeField& field : nodeFields())
+        json.insert(field.name, field.value(node));
+    return json;
+}
+
+QJsonArray nodesToJson(const QList<KvPlanNode>& nodes)
+{
+    QJsonArray array;
+    for (const KvPlanNode& node : nodes)
+        array.append(nodeToJson(node));
+    return array;
 }
 
 QJsonObject planToJson(const KvPlan& plan)
@@ -119,12 +28,62 @@ QJsonObject planToJson(const KvPlan& plan)
         {QStringLiteral("name"), plan.name},
         {QStringLiteral("mppFilePath"), plan.mppFilePath},
         {QStringLiteral("projectFileId"), plan.projectFileId},
-        {QStringLiteral("createdAt"), dateValue(plan.createdAt)},
-        {QStringLiteral("updatedAt"), dateValue(plan.updatedAt)},
+        {QStringLiteral("createdAt"), toJson(plan.createdAt)},
+        {QStringLiteral("updatedAt"), toJson(plan.updatedAt)},
         {QStringLiteral("createdBy"), plan.createdBy},
         {QStringLiteral("updatedBy"), plan.updatedBy},
         {QStringLiteral("isPublic"), plan.isPublic},
-        {QStringLiteral("ranges"), QJsonArray::fromStringList(plan.ranges)},
-        {QStringLiteral("planNodes"), arrayOf(plan.planNodes, nodeToJson)},
+        {QStringLiteral("ranges"), toJson(plan.ranges)},
+        {QStringLiteral("planNodes"), nodesToJson(plan.planNodes)},
+    };
+}
+
+QJsonObject responseToJson(const KvPlanNodeResponse& response)
+{
+    return {
+        {QStringLiteral("id"), response.id},
+        {QStringLiteral("hostId"), response.hostId},
+        {QStringLiteral("remark"), response.remark},
+        {QStringLiteral("percentage"), response.percentage},
+        {QStringLiteral("media"), toJson(response.media)},
+        {QStringLiteral("documentIds"), toJson(response.documentIds)},
+        {QStringLiteral("documents"), toJson(response.documents)},
+        {QStringLiteral("actualStartDate"), toJson(response.actualStartDate)},
+        {QStringLiteral("actualFinishDate"), toJson(response.actualFinishDate)},
+        {QStringLiteral("createdAt"), toJson(response.createdAt)},
+        {QStringLiteral("createdBy"), response.createdBy},
+    };
+}
+
+QJsonObject statisticsToJson(const KvPlanStatistics& statistics)
+{
+    QJsonArray items;
+    for (const KvStatusStatistics& status : statistics.items) {
+        QJsonArray situations;
+        for (const KvSituationCount& count : status.items)
+            situations.append(QJsonObject{{QStringLiteral("situation"), count.situation},
+                                          {QStringLiteral("total"), count.total}});
+        items.append(QJsonObject{{QStringLiteral("status"), status.status},
+                                 {QStringLiteral("total"), status.total},
+                                 {QStringLiteral("items"), situations}});
+    }
+    return {{QStringLiteral("total"), statistics.total}, {QStringLiteral("items"), items}};
+}
+
+QJsonObject quantityToJson(const KvStatisticsQuantity& quantity)
+{
+    return {
+        {QStringLiteral("type"), quantity.type},   {QStringLiteral("year"), quantity.year},
+        {QStringLiteral("month"), quantity.month}, {QStringLiteral("week"), quantity.week},
+        {QStringLiteral("day"), quantity.day},     {QStringLiteral("total"), quantity.total},
+    };
+}
+
+QJsonObject stateToJson(const KvMeteringState& state)
+{
+    return {
+        {QStringLiteral("id"), state.id},         {QStringLiteral("planId"), state.planId},
+        {QStringLiteral("taskId"), state.taskId}, {QStringLiteral("responseId"), state.responseId},
+        {QStringLiteral("state"), state.state},
     };
 }

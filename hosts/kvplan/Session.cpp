@@ -1,6 +1,5 @@
 #include "Session.h"
 
-#include "Output.h"
 #include "Progress.h"
 
 #include <KvNetwork/KvBaseApi.h>
@@ -43,22 +42,36 @@ Session::Session()
 {
     connect(&NetworkManager::instance(), &NetworkManager::requestFinished, this,
             [this](const KvNetworkReport& report) {
-                if (report.category == KvNetworkReport::Ok)
-                    return;
-                m_lastFailure = report;
-                m_hasFailed = true;
+                if (report.category != KvNetworkReport::Ok)
+                    m_failures.append(report);
             });
 }
 
-QString Session::failure(const QString& task) const
+KvNetworkReport Session::lastFailure(const char* method) const
+{
+    for (int i = m_failures.size() - 1; i >= 0; --i) {
+        if (!method || m_failures.at(i).method == QLatin1String(method))
+            return m_failures.at(i);
+    }
+    return {};
+}
+
+QString Session::failure(const QString& task, const char* method) const
 {
     QString text = QStringLiteral("cannot ") + task;
-    if (!m_hasFailed)
+    const KvNetworkReport report = lastFailure(method);
+    if (report.method.isNull())
         return text + QStringLiteral(": no request could be sent");
     const QString address = withoutSecrets(KvBaseApi::GetInstance().getBaseApi());
-    if (!m_lastFailure.message.contains(address.chopped(1)))
+    if (!report.message.contains(address.chopped(1)))
         text += QStringLiteral(" at ") + address;
-    return text + QStringLiteral(": ") + m_lastFailure.message + advice(m_lastFailure);
+    return text + QStringLiteral(": ") + report.message + advice(report);
+}
+
+ExitCode Session::complainOfFailure(const QString& task) const
+{
+    complain(failure(task));
+    return RequestFailed;
 }
 
 bool Session::readPlan(const QString& id, KvPlan& plan) const
@@ -70,6 +83,18 @@ bool Session::readPlan(const QString& id, KvPlan& plan) const
     }
     if (!isRead)
         complain(failure(QStringLiteral("read the plan \"%1\"").arg(id)));
+    return isRead;
+}
+
+bool Session::readNode(const QString& id, KvPlanNode& node) const
+{
+    bool isRead = false;
+    {
+        const Progress progress(QStringLiteral("reading the task"));
+        isRead = KvPlanData::instance()->getPlanNodeById(id, node);
+    }
+    if (!isRead)
+        complain(failure(QStringLiteral("read the task \"%1\"").arg(id)));
     return isRead;
 }
 

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "Output.h"
+
 #include <KvNetwork/KvNetworkReport.h>
 #include <model/KvPlan.h>
 
+#include <QtCore/QList>
 #include <QtCore/QObject>
 #include <QtCore/QString>
 
@@ -17,18 +20,26 @@ public:
 
     /// Whether a request failed since the object was made. Some operations of the library answer true all the
     /// same.
-    bool hasFailed() const { return m_hasFailed; }
+    /// @param method asks for requests of this one only, as in "PUT"; null: of any.
+    bool hasFailed(const char* method = nullptr) const { return !lastFailure(method).method.isNull(); }
 
     /// Why the last request failed, in words for a person: what failed, with which value, and what to try.
     /// One line; @p task says what was tried, as in "read the plan \"65f0\"".
-    QString failure(const QString& task) const;
+    QString failure(const QString& task, const char* method = nullptr) const;
+
+    /// Complains why the last request failed. @return the exit code for that.
+    ExitCode complainOfFailure(const QString& task) const;
 
     /// Reads a plan and its tasks. @return false when that failed; it has been complained about then.
     bool readPlan(const QString& id, KvPlan& plan) const;
 
+    /// Reads one task. @return false when that failed; it has been complained about then.
+    bool readNode(const QString& id, KvPlanNode& node) const;
+
 private:
-    KvNetworkReport m_lastFailure;
-    bool m_hasFailed = false;
+    KvNetworkReport lastFailure(const char* method) const;
+
+    QList<KvNetworkReport> m_failures;
 };
 
 /// @p address as it may be shown: without user, password, query and fragment.

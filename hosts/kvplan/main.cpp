@@ -1,4 +1,6 @@
 #include "ExchangeCommands.h"
+#include "NodeChangeCommands.h"
+#include "NodeListCommands.h"
 #include "Output.h"
 #include "PlanCommands.h"
 #include "ShowCommand.h"
@@ -27,6 +29,10 @@ const Command commands[] = {
     {"delete", "delete a plan with its tasks", runDelete},
     {"import", "make a plan from exchange JSON", runImport},
     {"export", "write a plan as exchange JSON", runExport},
+    {"nodes", "tasks of a plan that meet a filter", runNodes},
+    {"todo", "your tasks that are not finished", runTodo},
+    {"update", "change fields of a task", runUpdate},
+    {"delete-nodes", "delete tasks", runDeleteNodes},
 };
 
 QString help()
@@ -36,7 +42,7 @@ QString help()
                        "Commands:\n");
     for (const Command& command : commands)
         text += QStringLiteral("  %1  %2\n")
-                    .arg(QLatin1String(command.name), -8)
+                    .arg(QLatin1String(command.name), -12)
                     .arg(QLatin1String(command.summary));
     text += QStringLiteral(
         "\n\"kvplan COMMAND --help\" shows a command's options. KV_BASE_API, KV_PROJECT_ID,\n"
