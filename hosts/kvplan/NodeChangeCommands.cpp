@@ -58,7 +58,7 @@ QString readAssignment(const QString& text, Assignment& assignment)
     const QString value = text.mid(equals + 1);
     const NodeField* field = nodeField(name);
     if (!field)
-        return QStringLiteral("there is no field \"%1\"; %2").arg(name, adviceOnField(name));
+        return QStringLiteral("there is no field \"%1\"%2").arg(name, adviceOnField(name));
     if (field->fixed)
         return QStringLiteral("\"%1\" cannot be changed: %2").arg(name, QLatin1String(field->fixed));
     assignment = {field, field->read(value)};

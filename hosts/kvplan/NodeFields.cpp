@@ -176,12 +176,29 @@ QString shownDate(const QString& text)
     return shown;
 }
 
-QString shownJson(const QJsonValue& value)
+// "1004/1+2": after task 1004 by a link of type 1, two units later.
+QString shownLinks(const QJsonArray& links)
 {
-    const QByteArray text =
-        (value.isArray() ? QJsonDocument(value.toArray()) : QJsonDocument(value.toObject()))
-            .toJson(QJsonDocument::Compact);
-    return text.size() == 2 ? QString() : QString::fromUtf8(text);
+    QStringList shown;
+    for (const QJsonValue& link : links) {
+        const double lag = link[QLatin1String("lag")][QLatin1String("value")].toDouble();
+        shown.append(
+            QStringLiteral("%1/%2%3%4")
+                .arg(link[QLatin1String("sourcePlanNodeUniqueId")].toInt())
+                .arg(link[QLatin1String("type")].toInt())
+                .arg(lag > 0 ? QStringLiteral("+") : QString(), lag == 0 ? QString() : QString::number(lag)));
+    }
+    return shown.join(QLatin1Char(' '));
+}
+
+// "m1=e1,e2 m2=e7": each key with its list.
+QString shownLists(const QJsonObject& lists)
+{
+    QStringList shown;
+    for (auto entry = lists.begin(); entry != lists.end(); ++entry)
+        shown.append(entry.key() + QLatin1Char('=') +
+                     entry.value().toVariant().toStringList().join(QLatin1Char(',')));
+    return shown.join(QLatin1Char(' '));
 }
 
 int editDistance(const QString& a, const QString& b)
@@ -270,7 +287,7 @@ QString NodeField::shown(const QJsonValue& json) const
         text = json.toVariant().toStringList().join(QLatin1Char(','));
         break;
     case Json:
-        text = shownJson(json);
+        text = json.isArray() ? shownLinks(json.toArray()) : shownLists(json.toObject());
         break;
     }
     return text.isEmpty() ? QStringLiteral("–") : fitted(text, 0);
@@ -297,7 +314,7 @@ QString adviceOnField(const QString& name)
 {
     const QString wanted = name.left(40).toLower();
     const NodeField* nearest = nullptr;
-    int least = wanted.size() / 3 + 1; // so many slips and it is another word
+    int least = wanted.size() / 3 + 2; // so many slips and it is another word
     for (const NodeField& field : nodeFields()) {
         const int distance = editDistance(wanted, QString(field.name).toLower());
         if (distance < least) {
@@ -305,6 +322,5 @@ QString adviceOnField(const QString& name)
             nearest = &field;
         }
     }
-    return nearest ? QStringLiteral("did you mean \"%1\"?").arg(nearest->name)
-                   : QStringLiteral("\"kvplan update --help\" lists them");
+    return nearest ? QStringLiteral(" (did you mean \"%1\"?)").arg(nearest->name) : QString();
 }

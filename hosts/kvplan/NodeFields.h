@@ -48,5 +48,5 @@ const QVector<NodeField>& nodeFields();
 /// The field of that name; null when there is none.
 const NodeField* nodeField(const QString& name);
 
-/// What to say about a name that no field has: the name that was likely meant, or how to learn them.
+/// For behind a name that no field has: " (did you mean \"name\"?)", or nothing when none is like it.
 QString adviceOnField(const QString& name);

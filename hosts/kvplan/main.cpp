@@ -3,6 +3,7 @@
 #include "NodeListCommands.h"
 #include "Output.h"
 #include "PlanCommands.h"
+#include "SaveCommand.h"
 #include "ShowCommand.h"
 #include "Translations.h"
 #include "TreeCommand.h"
@@ -32,6 +33,7 @@ const Command commands[] = {
     {"nodes", "tasks of a plan that meet a filter", runNodes},
     {"todo", "your tasks that are not finished", runTodo},
     {"update", "change fields of a task", runUpdate},
+    {"save", "save edited tasks", runSave},
     {"delete-nodes", "delete tasks", runDeleteNodes},
 };
 
