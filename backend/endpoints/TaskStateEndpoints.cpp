@@ -5,6 +5,7 @@
 #include "../records/PlanInput.h"
 #include "../store/Store.h"
 #include "Endpoints.h"
+#include "PlanReply.h"
 
 namespace PlanService {
 
@@ -82,7 +83,9 @@ Reply getTaskStates(const Call& call)
     query.projectId = call.parameter("projectId");
     query.visible = call.caller.visibilityIn(query.projectId);
     query.where = readFilter(call.query.value(QStringLiteral("where")), taskStateFields());
-    return {200, call.store.taskStateListJson(query), {}, {}};
+    return listReply(
+        call, [&] { return call.store.taskStateListJson(query); },
+        [&] { return call.store.taskStateCount(query); });
 }
 
 Reply postTaskState(const Call& call)

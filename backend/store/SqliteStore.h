@@ -41,6 +41,7 @@ public:
 
     std::optional<TaskStateRecord> taskState(const QString& taskId) override;
     JsonPieces taskStateListJson(const TaskStateQuery& query) override;
+    int taskStateCount(const TaskStateQuery& query) override;
     void putTaskState(const TaskStateRecord& state) override;
 
     bool hasTokens() override;

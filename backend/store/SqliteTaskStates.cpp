@@ -55,6 +55,14 @@ JsonPieces SqliteStore::taskStateListJson(const TaskStateQuery& query)
     return rowsJson(rows);
 }
 
+int SqliteStore::taskStateCount(const TaskStateQuery& query)
+{
+    const SqlCondition condition = conditionOf(query);
+    QSqlQuery rows = m_database->runOnce(
+        QStringLiteral("SELECT count(*) FROM taskStates WHERE ") + condition.text, condition.parameters);
+    return m_database->next(rows) ? rows.value(0).toInt() : 0;
+}
+
 void SqliteStore::putTaskState(const TaskStateRecord& state)
 {
     m_database

@@ -230,6 +230,8 @@ public:
     virtual std::optional<TaskStateRecord> taskState(const QString& taskId) = 0;
     /// The states as a JSON array, in the order of their creation. Throws StoreTooSlow.
     virtual JsonPieces taskStateListJson(const TaskStateQuery& query) = 0;
+    /// How many states there are. Throws StoreTooSlow.
+    virtual int taskStateCount(const TaskStateQuery& query) = 0;
     /// Adds the state, or replaces the one that its task has.
     virtual void putTaskState(const TaskStateRecord& state) = 0;
 
