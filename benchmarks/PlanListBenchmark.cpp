@@ -1,6 +1,7 @@
 // The list of all plans: through the facade, with codec, natural order and caches, and by hand, where the
 // reply is downloaded and parsed and no more. Also what the text of a filter costs.
 
+#include "BareRequest.h"
 #include "RatioMain.h"
 
 #include <KvNetwork/KvBaseApi.h>
@@ -10,12 +11,10 @@
 #include <service/KvQueryFilter.h>
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QEventLoop>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QProcess>
 #include <QtNetwork/QNetworkAccessManager>
-#include <QtNetwork/QNetworkReply>
 
 #include <cstdio>
 
@@ -34,15 +33,9 @@ void throughFacade(benchmark::State& state, const QString& project, int count)
 void byHand(benchmark::State& state, const QString& project, int count)
 {
     QNetworkAccessManager manager;
-    const QUrl url(KvBaseApi::GetInstance().getBaseApi() +
-                   QStringLiteral("task-service/projects/%1/plans").arg(project));
+    const QString path = QStringLiteral("task-service/projects/%1/plans").arg(project);
     for (auto _ : state) {
-        QNetworkReply* reply = manager.get(QNetworkRequest(url));
-        QEventLoop loop;
-        QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
-        loop.exec();
-        const QJsonDocument document = QJsonDocument::fromJson(reply->readAll());
-        delete reply;
+        const QJsonDocument document = QJsonDocument::fromJson(bareGet(manager, path));
         if (document.array().size() != count)
             return state.SkipWithError("the plans were not read");
     }

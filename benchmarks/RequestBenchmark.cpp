@@ -2,6 +2,7 @@
 // which leaves the reply as bytes. A plan without tasks shows what the way costs, one with a task what
 // reading adds.
 
+#include "BareRequest.h"
 #include "RatioMain.h"
 
 #include <KvNetwork/KvBaseApi.h>
@@ -9,9 +10,7 @@
 #include <plandata/KvPlanData.h>
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QEventLoop>
 #include <QtNetwork/QNetworkAccessManager>
-#include <QtNetwork/QNetworkReply>
 
 #include <cstdio>
 #include <utility>
@@ -30,16 +29,9 @@ void throughFacade(benchmark::State& state, const QString& planId)
 void bareRequest(benchmark::State& state, const QString& planId)
 {
     QNetworkAccessManager manager;
-    const QUrl url(KvBaseApi::GetInstance().getBaseApi() + QStringLiteral("task-service/plans/") + planId);
+    const QString path = QStringLiteral("task-service/plans/") + planId;
     for (auto _ : state) {
-        QNetworkReply* reply = manager.get(QNetworkRequest(url));
-        QEventLoop loop;
-        QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
-        loop.exec();
-        const QByteArray body = reply->readAll();
-        const bool good = reply->error() == QNetworkReply::NoError && !body.isEmpty();
-        delete reply;
-        if (!good)
+        if (bareGet(manager, path).isEmpty())
             return state.SkipWithError("the plan was not read");
     }
 }
