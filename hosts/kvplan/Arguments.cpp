@@ -177,6 +177,13 @@ bool Arguments::readDay(const char* option, QDate& day)
                                        .arg(QLatin1String(option), value(option)));
 }
 
+bool Arguments::checkIdentifier(const char* option)
+{
+    const QString id = value(option);
+    return (!id.isEmpty() && isIdentifier(id)) ||
+           refuse(QStringLiteral("--%1 takes an identifier, not \"%2\"").arg(QLatin1String(option), id));
+}
+
 bool Arguments::readPeriod(bool& allTime, QDateTime& start, QDateTime& end)
 {
     QDate from(1970, 1, 1);

@@ -33,6 +33,10 @@ public:
     /// @return false when it is something else; the command is then to end with exitCode().
     bool readDay(const char* option, QDate& day);
 
+    /// @return false when the value of @p option is no identifier that can be asked for; the command is then
+    /// to end with exitCode().
+    bool checkIdentifier(const char* option);
+
     /// Reads the options --from and --to as the days of a filter; open ends reach from 1970 to the last day
     /// that the date text can hold.
     /// @param[out] allTime neither is given

@@ -3,8 +3,12 @@
 #include "NodeListCommands.h"
 #include "Output.h"
 #include "PlanCommands.h"
+#include "ResponseCommands.h"
+#include "RightsCommand.h"
 #include "SaveCommand.h"
 #include "ShowCommand.h"
+#include "StateCommand.h"
+#include "StatisticsCommands.h"
 #include "Translations.h"
 #include "TreeCommand.h"
 
@@ -35,6 +39,12 @@ const Command commands[] = {
     {"update", "change fields of a task", runUpdate},
     {"save", "save edited tasks", runSave},
     {"delete-nodes", "delete tasks", runDeleteNodes},
+    {"respond", "report progress on a task", runRespond},
+    {"responses", "what was reported on a task", runResponses},
+    {"stats", "your tasks by status and situation", runStats},
+    {"quantities", "your finished tasks by period", runQuantities},
+    {"rights", "what you may do", runRights},
+    {"state", "metering states of tasks", runState},
 };
 
 QString help()
