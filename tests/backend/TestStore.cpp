@@ -223,6 +223,39 @@ private Q_SLOTS:
         QCOMPARE(database.value(people, {"nobody"_s}).toString(), peopleText({}));
     }
 
+    void keepsNodesWhenTheirTableIsMadeAnew()
+    {
+        {
+            SqliteDatabase database(m_path);
+            migrate(database, migrations().mid(0, 5));
+            database.execute("INSERT INTO plans (id, projectId, category, name, createdBy, document)"
+                             " VALUES ('a', 'p1', '', 'Tower', '', '{\"_id\":\"a\"}')"_s);
+            for (const char* id : {"n2", "n1"}) {
+                database
+                    .run("INSERT INTO planNodes (id, planId, projectId, category, name, rowNumber,"
+                         " uniqueId, parentTaskId, createdBy, people, document)"
+                         " VALUES (?, 'a', 'p1', '', '', 1, 1, 0, '', char(10) || 'bo' || char(10), ?)"_s,
+                         {QString::fromLatin1(id), "{\"_id\":\"%1\"}"_s.arg(QLatin1String(id))})
+                    .finish();
+            }
+            database.execute("INSERT INTO responses (id, planNodeId, createdAt, document)"
+                             " VALUES ('r', 'n2', '', '{\"_id\":\"r\"}')"_s);
+        }
+        const auto store = openStore(m_path, MissingDatabase::Refuse);
+        const QJsonArray tasks = objectOf(store->planJson("a"_s)).value("tasks"_s).toArray();
+        QCOMPARE(tasks.size(), 2);
+        QCOMPARE(tasks.first().toObject().value("_id"_s).toString(), "n1"_s);
+        QCOMPARE(store->planNodeOwnership("n1"_s)->projectId, "p1"_s);
+        QVERIFY(store->hasResponse("n2"_s, "r"_s));
+        // What refers to nodes still goes with them, and so do nodes with their plan.
+        QVERIFY(store->removePlanNode("n2"_s));
+        QVERIFY(!store->hasResponse("n2"_s, "r"_s));
+        QVERIFY(store->removePlan("a"_s));
+        QVERIFY(!store->planNodeOwnership("n1"_s));
+        SqliteDatabase database(m_path);
+        QVERIFY(!database.value("PRAGMA foreign_key_check"_s).isValid());
+    }
+
     void undoesAFailedStep()
     {
         const Migration broken{2, {"CREATE TABLE half (a)"_s, "CREATE NONSENSE"_s}};
