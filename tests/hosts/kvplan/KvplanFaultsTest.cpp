@@ -36,6 +36,23 @@ const Command commands[] = {
     {"delete", "delete p1", "cannot read the plan \"p1\""},
     {"delete, unasked", "delete p1 --yes", "cannot delete the plan \"p1\""},
     {"export", "export p1 -", "cannot read the plan \"p1\""},
+    {"nodes", "nodes p1 --name pattern-in-query", "cannot read the tasks of \"p1\""},
+    {"nodes, JSON", "nodes p1 --json", "cannot read the tasks of \"p1\""},
+    {"nodes, counted", "nodes p1 --count", "cannot read the tasks of \"p1\""},
+    {"todo", "todo", "cannot read your tasks"},
+    {"update", "update n1 name=Fence", "cannot read the task \"n1\""},
+    {"delete-nodes", "delete-nodes n1", "cannot read the task \"n1\""},
+    {"delete-nodes, one unasked", "delete-nodes n1 --yes", "cannot delete the task \"n1\""},
+    {"delete-nodes, two unasked", "delete-nodes n1 n2 --yes", "cannot delete the 2 tasks"},
+    {"respond", "respond n1 --percent 50", "cannot read the task \"n1\""},
+    {"responses", "responses n1", "cannot read the reports on the task \"n1\""},
+    {"stats", "stats", "cannot count your tasks"},
+    {"quantities", "quantities", "cannot count your finished tasks"},
+    {"rights", "rights", "cannot read your rights"},
+    {"state", "state p1", "cannot read the metering states"},
+    {"state, set", "state --task n1 --set 2", "cannot set the metering state of the task \"n1\""},
+    {"state, set with a response", "state --task n1 --set 2 --response r1",
+     "cannot set the metering state of the task \"n1\""},
 };
 
 Reply error(int status, const char* code, const char* message)

@@ -15,9 +15,9 @@ using KvTest::ScriptedServer;
 
 namespace {
 
-const QStringList commands{QStringLiteral("plans"),  QStringLiteral("show"),   QStringLiteral("tree"),
-                           QStringLiteral("create"), QStringLiteral("copy"),   QStringLiteral("rename"),
-                           QStringLiteral("delete"), QStringLiteral("import"), QStringLiteral("export")};
+const QStringList commands =
+    KvTest::words("plans show tree create copy rename delete import export nodes todo update save "
+                  "delete-nodes respond responses stats quantities rights state");
 
 QString write(const QTemporaryDir& folder, const QByteArray& content)
 {
@@ -25,6 +25,80 @@ QString write(const QTemporaryDir& folder, const QByteArray& content)
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
         qFatal("cannot write %s", qPrintable(file.fileName()));
     return file.fileName();
+}
+
+void refusedOfTasks()
+{
+    const QList<QPair<const char*, const char*>> rows{
+        {"nodes", "PLAN is missing"},
+        {"nodes a/b", "\"a/b\" is no plan identifier"},
+        {"nodes p --list mine", "--list takes all, received or post, not \"mine\""},
+        {"nodes p --finished --unfinished", "--finished and --unfinished exclude each other"},
+        {"nodes p --skip -1", "--skip takes a whole number from 0"},
+        {"nodes p --limit 0", "--limit takes a whole number from 1 to 100000, not \"0\""},
+        {"nodes p --from 2026-03-05 --to 2026-03-04", "--to 2026-03-04 is before --from 2026-03-05"},
+        {"todo p", "unexpected argument \"p\""},
+        {"todo --limit many", "--limit takes a whole number"},
+        {"update n", "FIELD=VALUE is missing"},
+        {"update a?b name=x", "\"a?b\" is no task identifier"},
+        {"update n name", "\"name\" is no FIELD=VALUE"},
+        {"update n =x", "\"=x\" is no FIELD=VALUE"},
+        {"update n nane=x", "there is no field \"nane\" (did you mean \"name\"?)"},
+        {"update n startdate=2026-03-05", "(did you mean \"startDate\"?)"},
+        {"update n altogether=x", "there is no field \"altogether\";"},
+        {"update n name=", "\"name\" cannot be emptied"},
+        {"update n remark=", "\"remark\" cannot be emptied"},
+        {"update n finishedPercentage=101",
+         "\"finishedPercentage\" takes a number from 0 to 100, not \"101\""},
+        {"update n finishedPercentage=-1", "takes a number from 0 to 100, not \"-1\""},
+        {"update n finishedPercentage=nan", "takes a number from 0 to 100, not \"nan\""},
+        {"update n finishedPercentage=inf", "takes a number from 0 to 100, not \"inf\""},
+        {"update n finishedPercentage=", "takes a number from 0 to 100, not \"\""},
+        {"update n planWorkload=1.5", "\"planWorkload\" takes a whole number, not \"1.5\""},
+        {"update n planWorkload=-3", "\"planWorkload\" takes a whole number"},
+        {"update n planWorkload=9999999999", "\"planWorkload\" takes a whole number"},
+        {"update n isDistributed=perhaps", "\"isDistributed\" takes true or false, not \"perhaps\""},
+        {"update n startDate=soon", "\"startDate\" takes a date as in 2026-03-05"},
+        {"update n startDate=2026-02-30", "\"startDate\" takes a date"},
+        {"update n links=m1", "\"links\" takes a JSON object of lists"},
+        {"update n links={\"m1\":[1]}", "\"links\" takes a JSON object of lists"},
+        {"update n predecessors={}", "\"predecessors\" takes a JSON array of links"},
+        {"update n predecessors=[{\"typ\":1}]", "\"predecessors\" takes a JSON array of links"},
+        {"update n userIds=[1]", "\"userIds\" takes a list of identifiers"},
+        {"update n milestone=true", "\"milestone\" cannot be changed: the service tells it"},
+        {"update n id=n2", "\"id\" cannot be changed"},
+        {"update n planId=p2", "\"planId\" cannot be changed: a task stays where it was created"},
+        {"update n notes=x", "\"notes\" cannot be changed: the service does not keep it"},
+        {"update n name=a name=b", "\"name\" is given twice"},
+        {"save p", "FILE is missing"},
+        {"save p -", "tasks from the standard input need --yes or --dry-run"},
+        {"save p f --rows -1", "--rows takes a whole number from 0"},
+        {"delete-nodes", "NODE is missing"},
+        {"delete-nodes --yes n1 a%2fb", "\"a%2fb\" is no task identifier"},
+        {"delete-nodes --yes n1 ", "NODE is empty"},
+        {"respond", "NODE is missing"},
+        {"respond n --percent 101", "--percent takes a whole number from 0 to 100"},
+        {"respond n --percent 1.5", "--percent takes a whole number"},
+        {"respond n --start soon", "--start takes a date as in 2026-03-05"},
+        {"respond n --finish ", "--finish takes a date as in 2026-03-05"},
+        {"respond n --media ,p", "--media takes FILE, FILE,PREVIEW or FILE,PREVIEW,TIME, not \",p\""},
+        {"respond n --media f,p,soon", "--media takes FILE"},
+        {"respond n --media f,p,1,2", "--media takes FILE"},
+        {"respond n --document ", "--document takes the identifier of a document"},
+        {"responses n m", "unexpected argument \"m\""},
+        {"stats --project ", "no project: give --project"},
+        {"quantities --period decade", "--period takes day, week, month or year, not \"decade\""},
+        {"rights p", "unexpected argument \"p\""},
+        {"state", "PLAN is missing, or --task with --set"},
+        {"state --set 1", "--set and --response need --task"},
+        {"state --task n", "--task needs --set"},
+        {"state p --task n --set 1", "--task names the one task"},
+        {"state --task n --set x", "--set takes a whole number"},
+        {"state --task a/b --set 1", "--task takes an identifier, not \"a/b\""},
+        {"state --task  --set 1", "--task takes an identifier, not \"\""},
+    };
+    for (const auto& [line, says] : rows)
+        QTest::newRow(line) << QString::fromUtf8(line) << QString::fromUtf8(says);
 }
 
 } // namespace
@@ -134,6 +208,7 @@ private Q_SLOTS:
                                                 << QStringLiteral("cannot read the token file \"/\": ");
         QTest::newRow("empty token file") << QStringLiteral("show p --token-file /dev/null")
                                           << QStringLiteral("\"/dev/null\" has an empty first line");
+        refusedOfTasks();
         for (const char* address : {"planservice", "ftp://127.0.0.1/", "http://", "http://127.0.0.1:99999/",
                                     "http://127.0.0.1/?a=b", "http://127.0.0.1/#a"})
             QTest::newRow(address) << QStringLiteral("show p --server ") + QLatin1String(address)
