@@ -273,6 +273,16 @@ private Q_SLOTS:
         QCOMPARE(node(id), before);
     }
 
+    void movesANodeWithoutAPlan()
+    {
+        const RawReply alone =
+            m_http->request("POST", "/task-service/planNodes", R"({"projectId":"p1","name":"alone"})");
+        const QByteArray id = idOf(objectOf(alone));
+        QCOMPARE(respond(id, R"({"percentage":70})").status, 200);
+        QCOMPARE(node(id).value("finishedPercentage"_s), QJsonValue(70));
+        QCOMPARE(node(id).value("planId"_s), objectOf(alone).value("planId"_s));
+    }
+
     void refusesAStartAfterTheFinish()
     {
         const QByteArray id = createNode(withProgress("100|2026-03-02|2026-03-04"_s, "finishedPercentage"_s));

@@ -110,6 +110,16 @@ private Q_SLOTS:
         QCOMPARE(idOf(objectOf(put("c", R"({"state":5})"))), idOf(state));
     }
 
+    void tasksWithoutAPlanHaveOneToo()
+    {
+        const RawReply node =
+            m_http->request("POST", "/task-service/planNodes", R"({"projectId":"p1","name":"alone"})");
+        const QByteArray task = idOf(objectOf(node));
+        const QJsonObject state = objectOf(post("{\"planId\":null,\"taskId\":\"" + task + "\"}"));
+        QCOMPARE(state.value("planId"_s), QJsonValue(""_s));
+        QCOMPARE(list(R"({"planId":null})"), QJsonArray{state});
+    }
+
     void refuses_data()
     {
         QTest::addColumn<QByteArray>("path"); // of a PUT; empty: a POST
