@@ -55,6 +55,16 @@ QString meaningOf(const QString& positional, const QString& command)
         return QStringLiteral("Identifier of the task; \"kvplan nodes\" lists them.");
     if (name == QLatin1String("FIELD=VALUE"))
         return QStringLiteral("Field of the task and what it becomes.");
+    if (name == QLatin1String("NAME=WIDTH"))
+        return QStringLiteral("Column and what its width becomes.");
+    if (name == QLatin1String("STATE=COLOUR"))
+        return QStringLiteral("State, by number or meaning, and its colour, as in 3=#ff0000.");
+    if (name == QLatin1String("SETTING=VALUE"))
+        return QStringLiteral("Setting of the simulation and what it becomes.");
+    if (name == QLatin1String("KEY"))
+        return QStringLiteral("Key of the setting.");
+    if (name == QLatin1String("JSON"))
+        return QStringLiteral("What it becomes, as JSON.");
     if (command == QLatin1String("save"))
         return QStringLiteral("Tasks as JSON; \"-\" is the standard input.");
     if (name == QLatin1String("NAME"))

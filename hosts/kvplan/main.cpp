@@ -6,6 +6,7 @@
 #include "ResponseCommands.h"
 #include "RightsCommand.h"
 #include "SaveCommand.h"
+#include "SettingsCommand.h"
 #include "ShowCommand.h"
 #include "StateCommand.h"
 #include "StatisticsCommands.h"
@@ -39,6 +40,7 @@ const Command commands[] = {
     {"update", "change fields of a task", runUpdate},
     {"save", "save edited tasks", runSave},
     {"delete-nodes", "delete tasks", runDeleteNodes},
+    {"settings", "presentation settings of yours", runSettings},
     {"respond", "report progress on a task", runRespond},
     {"responses", "what was reported on a task", runResponses},
     {"stats", "your tasks by status and situation", runStats},
