@@ -78,7 +78,9 @@ private Q_SLOTS:
         QCOMPARE(http.get(planPath, bearer(category)).status, 403);
         const RawReply refused = http.get(planPath, bearer(elsewhere));
         QCOMPARE(refused.status, 403);
-        QVERIFY(refused.body.contains("sample-project") && refused.body.contains("'read'"));
+        // It names the right, and the project to those alone who have any in it.
+        QVERIFY(refused.body.contains("'read'") && !refused.body.contains("sample-project"));
+        QVERIFY(http.get(planPath, bearer(category)).body.contains("project 'sample-project'"));
         QCOMPARE(http.get("/task-service/plans/x", bearer(elsewhere)).status, 404);
 
         // Settings belong to the token's user.
