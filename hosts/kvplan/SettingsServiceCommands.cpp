@@ -60,11 +60,10 @@ ExitCode sayJson(const QJsonValue& value)
 
 int runHiddenSettings(const QStringList& arguments)
 {
-    Arguments line(
-        QStringLiteral("settings hidden"),
-        QStringLiteral("Shows the Gantt chart's hidden columns, which the service keeps, after changing\n"
-                       "them."),
-        QString());
+    Arguments line(QStringLiteral("settings hidden"),
+                   QStringLiteral("Shows the Gantt chart's hidden columns, which the service keeps, after\n"
+                                  "changing them."),
+                   QString());
     line.addOption("hide", "name", "Hide this column; may be given several times.");
     line.addOption("show", "name", "Show this column again; may be given several times.");
     line.addOption("show-all", nullptr, "Show all columns again.");
@@ -89,7 +88,7 @@ int runGetSetting(const QStringList& arguments)
 {
     Arguments line(
         QStringLiteral("settings get"),
-        QStringLiteral("Shows a setting that the service keeps for you, as JSON; null when there is none."),
+        QStringLiteral("Shows a setting that the service keeps for you, as JSON; null: there is none."),
         QStringLiteral("KEY"));
     line.addJsonOption();
     if (!line.read(arguments, 1) || !line.needService())
@@ -107,8 +106,8 @@ int runSetSetting(const QStringList& arguments)
 {
     Arguments line(
         QStringLiteral("settings set"),
-        QStringLiteral("Changes a setting that the service keeps for you, and shows it. Hosts keep theirs\n"
-                       "there: know what a key is for."),
+        QStringLiteral("Changes a setting that the service keeps for you, and shows it. Hosts keep\n"
+                       "theirs there, so know what a key is for."),
         QStringLiteral("KEY JSON"));
     line.addJsonOption();
     QJsonValue value;
