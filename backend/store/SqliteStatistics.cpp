@@ -1,55 +1,14 @@
-// How far the nodes of a project are, counted by the SQLite store from one index.
+// How far the nodes of a project are, as the SQLite store counts them.
 
 #include "SqliteStore.h"
-#include "VisibilitySql.h"
+#include "StatisticsSql.h"
 
 namespace PlanService {
 
-namespace {
-
-// The index holds every column that is looked at; another one may promise fewer rows and would cost a look
-// at each.
-constexpr const char* countedNodes = "planNodes INDEXED BY planNodesByProject";
-
-constexpr const char* statusSql = "CASE WHEN actualFinishDate IS NOT NULL THEN 2"
-                                  " WHEN actualStartDate IS NOT NULL THEN 1 ELSE 0 END";
-
-// A comparison with a date that is not set is neither true nor false and ends at ELSE.
-constexpr const char* situationSql =
-    "CASE WHEN actualFinishDate IS NOT NULL THEN"
-    "  CASE WHEN substr(actualFinishDate, 1, 10) > substr(finishDate, 1, 10) THEN 1"
-    "  WHEN substr(actualFinishDate, 1, 10) < substr(finishDate, 1, 10) THEN 2 ELSE 0 END"
-    " WHEN actualStartDate IS NOT NULL THEN"
-    "  CASE WHEN substr(finishDate, 1, 10) < ?"
-    "  OR substr(actualStartDate, 1, 10) > substr(startDate, 1, 10) THEN 1"
-    "  WHEN substr(actualStartDate, 1, 10) < substr(startDate, 1, 10) THEN 2 ELSE 0 END"
-    " WHEN substr(startDate, 1, 10) < ? THEN 1 ELSE 0 END";
-
-SqlCondition conditionOf(const NodeScope& scope)
-{
-    SqlCondition condition;
-    condition.also(QStringLiteral("projectId = ?"), {scope.projectId});
-    if (scope.category) {
-        condition.also(QStringLiteral("category = ?"), {*scope.category});
-    }
-    addVisibility(scope.visible, ownNode(scope.visible.user), condition);
-    if (scope.person) {
-        const SqlCondition own = ownNode(*scope.person);
-        condition.also(own.text, own.parameters);
-    }
-    return condition;
-}
-
-} // namespace
-
 QVector<NodeCount> SqliteStore::nodeCounts(const NodeScope& scope, const QString& today)
 {
-    const SqlCondition condition = conditionOf(scope);
-    QSqlQuery rows = m_database->runOnce(
-        QStringLiteral("SELECT %1 AS status, %2 AS situation, count(*) FROM %3 WHERE %4 GROUP BY 1, 2")
-            .arg(QLatin1String(statusSql), QLatin1String(situationSql), QLatin1String(countedNodes),
-                 condition.text),
-        QVariantList{today, today} + condition.parameters);
+    const SqlStatement statement = nodeCountSql(scope, today);
+    QSqlQuery rows = m_database->runOnce(statement.text, statement.parameters);
     QVector<NodeCount> counts;
     while (m_database->next(rows)) {
         counts.append({static_cast<NodeStatus>(rows.value(0).toInt()),
@@ -60,12 +19,8 @@ QVector<NodeCount> SqliteStore::nodeCounts(const NodeScope& scope, const QString
 
 QVector<DayCount> SqliteStore::finishedPerDay(const NodeScope& scope)
 {
-    const SqlCondition condition = conditionOf(scope);
-    QSqlQuery rows =
-        m_database->runOnce(QStringLiteral("SELECT substr(actualFinishDate, 1, 10) AS day, count(*) FROM %1"
-                                           " WHERE actualFinishDate IS NOT NULL AND %2 GROUP BY 1 ORDER BY 1")
-                                .arg(QLatin1String(countedNodes), condition.text),
-                            condition.parameters);
+    const SqlStatement statement = finishedPerDaySql(scope);
+    QSqlQuery rows = m_database->runOnce(statement.text, statement.parameters);
     QVector<DayCount> days;
     while (m_database->next(rows)) {
         days.append({rows.value(0).toString(), rows.value(1).toInt()});
