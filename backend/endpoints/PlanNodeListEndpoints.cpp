@@ -1,6 +1,7 @@
 #include "../access/Caller.h"
 #include "../filters/FilterText.h"
 #include "../filters/PlanNodeFields.h"
+#include "../json/ClientJson.h"
 #include "../records/FieldReader.h"
 #include "../store/Store.h"
 #include "Endpoints.h"
@@ -24,7 +25,7 @@ QStringList statesOf(const QString& text)
     if (!text.startsWith(QLatin1Char('{'))) {
         return {text};
     }
-    const QJsonObject object = QJsonDocument::fromJson(text.toUtf8()).object();
+    const QJsonObject object = clientDocument(text.toUtf8()).object();
     const QJsonValue list = object.value(QLatin1String("$in"));
     if (object.size() != 1 || !list.isArray()) {
         throw badStates(QStringLiteral("'state' has to be a state or {\"$in\": [states]}, not '%1'")

@@ -1,4 +1,5 @@
 #include "../access/Caller.h"
+#include "../json/ClientJson.h"
 #include "../json/JsonWriter.h"
 #include "../records/FieldReader.h"
 #include "../records/PlanNodeChange.h"
@@ -102,7 +103,7 @@ QStringList idsToDelete(const Call& call)
         return ApiError(400, QStringLiteral("badParameter"), message, QStringLiteral("queryParam"));
     };
     const QJsonObject parameter =
-        QJsonDocument::fromJson(call.query.value(QStringLiteral("queryParam")).toUtf8()).object();
+        clientDocument(call.query.value(QStringLiteral("queryParam")).toUtf8()).object();
     const QJsonValue list = parameter.value(QLatin1String("ids"));
     if (!list.isArray()) {
         throw refuse(QStringLiteral("'queryParam' has to be {\"ids\": [ids of nodes]} in JSON"));

@@ -1,4 +1,5 @@
 #include "../access/Caller.h"
+#include "../json/ClientJson.h"
 #include "../json/JsonWriter.h"
 #include "../records/FieldReader.h"
 #include "../store/Store.h"
@@ -59,7 +60,7 @@ QVector<Dimension> dimensionsOf(const Call& call)
     if (text == call.query.constEnd()) {
         return allDimensions();
     }
-    const QJsonDocument document = QJsonDocument::fromJson(text->toUtf8());
+    const QJsonDocument document = clientDocument(text->toUtf8());
     if (!document.isArray()) {
         refuseDimensions(QStringLiteral("'dimensions' has to be a JSON list, as [\"status\",\"situation\"]"));
     }

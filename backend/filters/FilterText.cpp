@@ -1,6 +1,7 @@
 #include "FilterText.h"
 
 #include "../http/Reply.h"
+#include "../json/ClientJson.h"
 #include "../records/FieldReader.h"
 #include "Pattern.h"
 
@@ -275,7 +276,7 @@ Filter readFilter(const QString& text, const QVector<FilterField>& fields)
         return Filter();
     }
     QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8(), &error);
+    const QJsonDocument document = clientDocument(text.toUtf8(), &error);
     if (error.error != QJsonParseError::NoError) {
         throw refusal("badFilter", QStringLiteral("the filter is not JSON: %1 at byte %2")
                                        .arg(error.errorString())

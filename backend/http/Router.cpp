@@ -1,5 +1,7 @@
 #include "Router.h"
 
+#include "../json/ClientJson.h"
+
 #include <QJsonDocument>
 
 namespace PlanService {
@@ -98,7 +100,7 @@ QJsonObject Call::bodyObject(int limit) const
                            .arg(limit));
     }
     QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(request.body, &error);
+    const QJsonDocument document = clientDocument(request.body, &error);
     if (error.error != QJsonParseError::NoError) {
         throw ApiError(
             400, QStringLiteral("badJson"),

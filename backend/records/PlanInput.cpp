@@ -1,6 +1,7 @@
 #include "PlanInput.h"
 
 #include "../http/Reply.h"
+#include "../json/ClientJson.h"
 #include "../json/JsonWriter.h"
 #include "FieldReader.h"
 
@@ -38,7 +39,7 @@ void requireNotTooMany(const PlanInput& input, const QString& what)
 QJsonObject parsedObject(const QByteArray& json, int position)
 {
     QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(json, &error);
+    const QJsonDocument document = clientDocument(json, &error);
     if (error.error != QJsonParseError::NoError || !document.isObject()) {
         throw badJson(position + error.offset);
     }
@@ -158,7 +159,7 @@ QJsonObject parsedNode(const PlanInput& input, int index)
 {
     const JsonSlice& slice = input.nodes.at(index);
     QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(textOf(input.text, slice), &error);
+    const QJsonDocument document = clientDocument(textOf(input.text, slice), &error);
     if (error.error != QJsonParseError::NoError || !document.isObject()) {
         // A number or a text is no document either; which of the two it was does not matter to the client.
         const QString path = pathOfNode(input, index);
