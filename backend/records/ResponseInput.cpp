@@ -13,12 +13,12 @@ namespace {
 
 constexpr int allDone = 100; // percent
 
-std::optional<int> percentageOf(const FieldReader& in)
+int percentageOf(const FieldReader& in)
 {
-    const std::optional<int> percentage = in.whole("percentage");
-    if (percentage && (*percentage < 0 || *percentage > allDone)) {
+    const int percentage = in.whole("percentage").value_or(0);
+    if (percentage < 0 || percentage > allDone) {
         in.refuse("percentage", QStringLiteral("outOfRange"),
-                  QStringLiteral("'percentage' has to lie between 0 and 100, not at %1").arg(*percentage));
+                  QStringLiteral("'percentage' has to lie between 0 and 100, not at %1").arg(percentage));
     }
     return percentage;
 }
@@ -101,7 +101,7 @@ ResponseRecord newResponse(const ResponseInput& input, const QString& planNodeId
     json.key("_id").text(response.id);
     json.key("hostId").text(planNodeId);
     json.key("remark").text(input.remark);
-    json.key("percentage").number(input.percentage.value_or(0));
+    json.key("percentage").number(input.percentage);
     json.key("media").raw(input.media);
     json.key("documentIds").texts(input.documentIds);
     json.key("actualStartDate").text(input.actualStartDate);
@@ -119,17 +119,17 @@ QJsonObject progressOf(const ResponseInput& input, const QJsonObject& node, cons
     if (start.isEmpty()) {
         start = node.value(QLatin1String("actualStartDate")).toString();
     }
-    std::optional<int> percentage = input.percentage;
+    int percentage = input.percentage;
     QString finish = input.actualFinishDate;
     if (!finish.isEmpty()) {
         percentage = allDone;
-    } else if (!percentage || *percentage == allDone) {
+    } else if (percentage == 0 || percentage == allDone) {
         finish = node.value(QLatin1String("actualFinishDate")).toString();
-        if (percentage && finish.isEmpty()) {
+        if (percentage == allDone && finish.isEmpty()) {
             finish = std::max(now, start);
         }
     }
-    if (start.isEmpty() && percentage.value_or(0) > 0) {
+    if (start.isEmpty() && percentage > 0) {
         start = finish.isEmpty() ? now : std::min(now, finish);
     }
     if (!input.actualFinishDate.isEmpty() || !input.actualStartDate.isEmpty()) {
@@ -138,8 +138,8 @@ QJsonObject progressOf(const ResponseInput& input, const QJsonObject& node, cons
     }
     QJsonObject changes{{QStringLiteral("actualStartDate"), start},
                         {QStringLiteral("actualFinishDate"), finish}};
-    if (percentage) {
-        changes.insert(QStringLiteral("finishedPercentage"), *percentage);
+    if (percentage > 0) {
+        changes.insert(QStringLiteral("finishedPercentage"), percentage);
     }
     return changes;
 }

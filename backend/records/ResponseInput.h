@@ -13,7 +13,7 @@ struct ResponseInput
 {
     QString hostId; ///< empty: not sent
     QString remark;
-    std::optional<int> percentage; ///< 0 to 100; nothing: none was reported
+    int percentage = 0; ///< 0 to 100; 0: none was reported, as clients have no other way to say so
     QString actualStartDate;
     QString actualFinishDate;
     QStringList documentIds;
@@ -30,7 +30,8 @@ ResponseRecord newResponse(const ResponseInput& input, const QString& planNodeId
 
 /// What the response changes about its node, under the keys of a node that a client sends; see
 /// docs/planservice.md. Afterwards the node is finished exactly when it stands at 100 percent, unless the
-/// response reports neither. Throws ApiError 400 when the node would finish before it started.
+/// response reports neither a percentage nor a finish. Throws ApiError 400 when the node would finish before
+/// it started.
 /// @param node document of the node as it is stored.
 QJsonObject progressOf(const ResponseInput& input, const QJsonObject& node, const QString& now);
 

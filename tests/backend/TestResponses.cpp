@@ -140,8 +140,7 @@ private Q_SLOTS:
                                                       R"("documentIds":[],"actualStartDate":"",)"
                                                       R"("actualFinishDate":"","media":[]})"));
         QCOMPARE(text(kept, "hostId"), QString::fromLatin1(id));
-        QCOMPARE(node(id).value("finishedPercentage"_s), QJsonValue(0));
-        QCOMPARE(progressOf(node(id), "finishedPercentage"), QStringList({"0"_s, "-"_s, "-"_s}));
+        QCOMPARE(progressOf(node(id), "finishedPercentage"), QStringList({"-"_s, "-"_s, "-"_s}));
     }
 
     void movesTheNodeAlong_data()
@@ -171,7 +170,12 @@ private Q_SLOTS:
         row("start corrected", "30|B|-", "40|A|-", "40|A|-");
         row("further", "30|A|-", "60|-|-", "60|A|-");
         row("a correction downwards", "60|A|-", "20|-|-", "20|A|-");
-        row("nothing done starts nothing", "-|-|-", "0|-|-", "0|-|-");
+        // A client has no other way to report no percentage than 0.
+        row("0 percent report none", "60|A|-", "0|-|-", "60|A|-");
+        row("0 percent on what is finished", "100|A|B", "0|-|-", "100|A|B");
+        row("0 percent on what nobody began", "-|-|-", "0|-|-", "-|-|-");
+        row("0 percent and a start", "60|B|-", "0|A|-", "60|A|-");
+        row("0 percent and a finish", "60|A|-", "0|-|B", "100|A|B");
         row("100 percent finish it now", "60|A|-", "100|-|-", "100|A|NOW");
         row("100 percent of what had not begun", "-|-|-", "100|-|-", "100|NOW|NOW");
         row("100 percent with a finish", "60|A|-", "100|-|B", "100|A|B");
