@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstring>
+
 namespace PlanService {
 
 /// Appends JSON text, keys in the order of the calls. A million nodes are written this way, where a tree of
@@ -12,6 +14,10 @@ namespace PlanService {
 class JsonWriter
 {
 public:
+    JsonWriter() = default;
+    /// @param expected bytes that the text will have, more or less.
+    explicit JsonWriter(int expected) { m_text.reserve(expected); }
+
     JsonWriter& beginObject() { return open('{'); }
     JsonWriter& endObject() { return close('}'); }
     JsonWriter& beginArray() { return open('['); }
@@ -20,14 +26,21 @@ public:
     JsonWriter& key(const char* name)
     {
         separate();
-        m_text.append('"').append(name).append("\":");
+        const int length = static_cast<int>(std::strlen(name));
+        char* at = grow(length + 3);
+        *at++ = '"';
+        std::memcpy(at, name, static_cast<std::size_t>(length));
+        at[length] = '"';
+        at[length + 1] = ':';
         m_first = true;
         return *this;
     }
     JsonWriter& text(const QString& value)
     {
         separate();
-        appendQuoted(value.toUtf8());
+        if (!appendPlain(value)) {
+            appendQuoted(value.toUtf8());
+        }
         return *this;
     }
     JsonWriter& utf8(const QByteArray& value)
@@ -99,6 +112,30 @@ private:
             m_text.append(',');
         }
         m_first = false;
+    }
+    char* grow(int bytes)
+    {
+        const int size = m_text.size();
+        m_text.resize(size + bytes);
+        return m_text.data() + size;
+    }
+    /// Most texts need no escapes and are ASCII; these go straight in. @return false for the others, then
+    /// nothing was appended.
+    bool appendPlain(const QString& value)
+    {
+        const int size = m_text.size();
+        char* at = grow(value.size() + 2);
+        *at++ = '"';
+        for (const QChar c : value) {
+            const ushort unit = c.unicode();
+            if (unit < 0x20 || unit >= 0x7F || unit == '"' || unit == '\\') {
+                m_text.resize(size);
+                return false;
+            }
+            *at++ = static_cast<char>(unit);
+        }
+        *at = '"';
+        return true;
     }
     void appendQuoted(const QByteArray& utf8)
     {

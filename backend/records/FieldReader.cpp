@@ -62,6 +62,21 @@ void FieldReader::wrongType(const char* key, const char* wanted) const
            QStringLiteral("'%1' has to be %2").arg(pathOf(key), QLatin1String(wanted)));
 }
 
+namespace {
+
+/// Most texts are ASCII, which is told in one go.
+bool isWellFormed(const QString& text)
+{
+    for (const QChar c : text) {
+        if (c.unicode() == 0 || c.unicode() >= 0x80) {
+            return !text.contains(QChar(0)) && text.isValidUtf16();
+        }
+    }
+    return true;
+}
+
+} // namespace
+
 QString FieldReader::checked(const char* key, const QJsonValue& value) const
 {
     if (!value.isString()) {
@@ -75,7 +90,7 @@ QString FieldReader::checked(const char* key, const QJsonValue& value) const
                    .arg(text.size())
                    .arg(longestText));
     }
-    if (text.contains(QChar(0)) || !text.isValidUtf16()) {
+    if (!isWellFormed(text)) {
         refuse(key, QStringLiteral("badText"),
                QStringLiteral("'%1' holds a null character or half of a surrogate pair").arg(pathOf(key)));
     }
@@ -213,7 +228,9 @@ std::optional<QString> siteDate(const QString& text)
         digits(whole, 20, 3) < 0) {
         return std::nullopt;
     }
-    whole[10] = QLatin1Char('T');
+    if (whole.at(10) != QLatin1Char('T')) {
+        whole[10] = QLatin1Char('T');
+    }
     return whole;
 }
 

@@ -82,7 +82,8 @@ void writePlanNode(PlanNodeRecord& node, const FieldReader& in, const Stamp& sta
     const QStringList cooperating = in.texts("cooperateIds");
     node.people = peopleText(responsible + executing + cooperating);
 
-    JsonWriter json;
+    constexpr int usual = 1300;
+    JsonWriter json(usual);
     json.beginObject();
     json.key("_id").text(node.id);
     json.key("category").text(node.category);
