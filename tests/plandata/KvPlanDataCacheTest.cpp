@@ -51,7 +51,6 @@ namespace {
 const QString p1 = QStringLiteral("p1");
 const QString p2 = QStringLiteral("p2");
 const QString n1 = QStringLiteral("n1");
-const QString n2 = QStringLiteral("n2");
 
 } // namespace
 
@@ -72,20 +71,11 @@ private Q_SLOTS:
     void cachedPlanReplacesTheWholeRecord();
     void nodeIsReadAndCached();
     void cachedNodeReplacesTheWholeRecord();
-    void planAndNodeCachesAreApart();
-    void nodesOfAPlanAreNotCachedAsNodes();
-    void cacheIsKeyedByTheRequestedId();
-    void nodeCacheIsKeyedByTheRequestedId();
-    void keysAreComparedExactly();
-    void emptyIdIsAKeyLikeAnyOther();
     void nameOfAPlanNeverRead();
     void nameOfACachedPlan();
     void clearEmptiesTheCaches();
     void failureCachesNothing();
     void failureKeepsWhatIsCached();
-    void recordsGivenOutAreCopies();
-    void idMayBeTheRecordsOwn();
-    void idMayBeANodesOwn();
 
 private:
     KvPlanData& data() { return *KvPlanData::instance(); }
@@ -253,80 +243,6 @@ void KvPlanDataCacheTest::cachedNodeReplacesTheWholeRecord()
     QCOMPARE(difference(dump(other), dump(node)), QString());
 }
 
-void KvPlanDataCacheTest::planAndNodeCachesAreApart()
-{
-    m_server.enqueue(planReply(p1, QStringLiteral("plan")));
-    m_server.enqueue(nodeReply(p1, QStringLiteral("node")));
-    KvPlan plan;
-    KvPlanNode node;
-    QVERIFY(data().getPlanFromCacheById(p1, plan));
-    QVERIFY(data().getPlanNodeFromCacheById(p1, node));
-    QCOMPARE(requests(), 2);
-    QCOMPARE(node.name, QStringLiteral("node"));
-    QCOMPARE(data().getPlanName(p1), QStringLiteral("plan"));
-}
-
-void KvPlanDataCacheTest::nodesOfAPlanAreNotCachedAsNodes()
-{
-    m_server.enqueue(planReply(p1, QStringLiteral("plan")));
-    m_server.enqueue(nodeReply(QStringLiteral("p1-n"), QStringLiteral("asked for")));
-    KvPlan plan;
-    KvPlanNode node;
-    QVERIFY(data().getPlanById(p1, plan));
-    QVERIFY(data().getPlanNodeFromCacheById(plan.planNodes.first().id, node));
-    QCOMPARE(requests(), 2);
-    QCOMPARE(node.name, QStringLiteral("asked for"));
-}
-
-void KvPlanDataCacheTest::cacheIsKeyedByTheRequestedId()
-{
-    m_server.enqueue(planReply(p2, QStringLiteral("renamed")));
-    KvPlan plan;
-    QVERIFY(data().getPlanById(p1, plan));
-    QCOMPARE(plan.id, p2);
-    QCOMPARE(data().getPlanName(p1), QStringLiteral("renamed"));
-    QVERIFY(data().getPlanName(p2).isNull());
-    KvPlan cached;
-    QVERIFY(data().getPlanFromCacheById(p1, cached));
-    QCOMPARE(cached.id, p2);
-    QVERIFY(!isPlanCached(data(), p2));
-}
-
-void KvPlanDataCacheTest::nodeCacheIsKeyedByTheRequestedId()
-{
-    m_server.enqueue(nodeReply(n2, QStringLiteral("renamed")));
-    m_server.enqueue(nodeReply(n2, QStringLiteral("itself")));
-    KvPlanNode node;
-    QVERIFY(data().getPlanNodeFromCacheById(n1, node));
-    QVERIFY(data().getPlanNodeFromCacheById(n2, node));
-    QCOMPARE(requests(), 2);
-    QVERIFY(data().getPlanNodeFromCacheById(n1, node));
-    QCOMPARE(node.name, QStringLiteral("renamed"));
-}
-
-void KvPlanDataCacheTest::keysAreComparedExactly()
-{
-    KvPlan plan;
-    const QStringList ids{QStringLiteral("a"), QStringLiteral("A"),       QStringLiteral("a "),
-                          QStringLiteral("ä"), QStringLiteral("a\u0308"), QStringLiteral("楼")};
-    for (const QString& id : ids) {
-        m_server.enqueue(planReply(id, QStringLiteral("name of ") + id));
-        QVERIFY(data().getPlanFromCacheById(id, plan));
-    }
-    QCOMPARE(requests(), ids.size());
-    for (const QString& id : ids)
-        QCOMPARE(data().getPlanName(id), QStringLiteral("name of ") + id);
-}
-
-void KvPlanDataCacheTest::emptyIdIsAKeyLikeAnyOther()
-{
-    m_server.enqueue(planReply(QString(), QStringLiteral("nobody's")));
-    KvPlan plan;
-    QVERIFY(data().getPlanById(QString(), plan));
-    QCOMPARE(m_server.lastRequest().target, QByteArray("/task-service/plans/"));
-    QCOMPARE(data().getPlanName(QLatin1String("")), QStringLiteral("nobody's"));
-}
-
 void KvPlanDataCacheTest::nameOfAPlanNeverRead()
 {
     m_server.setHandler([](const KvTest::Request&) { return planReply(p1, QStringLiteral("there")); });
@@ -396,63 +312,6 @@ void KvPlanDataCacheTest::failureKeepsWhatIsCached()
     QVERIFY(!data().getPlanById(p1, plan));
     QCOMPARE(plan.name, QString());
     QCOMPARE(data().getPlanName(p1), QStringLiteral("one"));
-}
-
-void KvPlanDataCacheTest::recordsGivenOutAreCopies()
-{
-    m_server.enqueue(planReply(p1, QStringLiteral("one")));
-    m_server.enqueue(nodeReply(n1, QStringLiteral("wall")));
-    KvPlan plan;
-    KvPlanNode node;
-    QVERIFY(data().getPlanById(p1, plan));
-    QVERIFY(data().getPlanNodeFromCacheById(n1, node));
-    for (int turn = 0; turn < 2; ++turn) { // the record that was read, then one from the cache
-        plan.name = QStringLiteral("edited");
-        plan.planNodes.first().name = QStringLiteral("edited");
-        plan.planNodes.append(KvPlanNode());
-        node.name = QStringLiteral("edited");
-        QVERIFY(data().getPlanFromCacheById(p1, plan));
-        QVERIFY(data().getPlanNodeFromCacheById(n1, node));
-        QCOMPARE(plan.name, QStringLiteral("one"));
-        QCOMPARE(plan.planNodes.size(), 1);
-        QCOMPARE(plan.planNodes.first().name, QStringLiteral("node of one"));
-        QCOMPARE(node.name, QStringLiteral("wall"));
-    }
-    QCOMPARE(requests(), 2);
-}
-
-void KvPlanDataCacheTest::idMayBeTheRecordsOwn()
-{
-    KvPlan plan;
-    plan.id = p1;
-    m_server.enqueue(planReply(p2, QStringLiteral("renamed")));
-    QVERIFY(data().getPlanById(plan.id, plan));
-    QCOMPARE(m_server.lastRequest().target, QByteArray("/task-service/plans/p1"));
-    QCOMPARE(plan.id, p2);
-    QCOMPARE(data().getPlanName(p1), QStringLiteral("renamed"));
-    QVERIFY(data().getPlanName(p2).isNull());
-
-    plan.id = p1;
-    QVERIFY(data().getPlanFromCacheById(plan.id, plan));
-    QCOMPARE(plan.id, p2);
-    plan.planNodes = {KvPlanNode()};
-    plan.planNodes.first().id = QStringLiteral("p3"); // goes away with the nodes while it is being read
-    m_server.enqueue(planReply(QStringLiteral("p3"), QStringLiteral("three")));
-    QVERIFY(data().getPlanFromCacheById(plan.planNodes.first().id, plan));
-    QCOMPARE(data().getPlanName(QStringLiteral("p3")), QStringLiteral("three"));
-}
-
-void KvPlanDataCacheTest::idMayBeANodesOwn()
-{
-    KvPlanNode node;
-    node.id = n1;
-    m_server.enqueue(nodeReply(n2, QStringLiteral("renamed")));
-    QVERIFY(data().getPlanNodeFromCacheById(node.id, node));
-    QCOMPARE(node.id, n2);
-    node.id = n1;
-    QVERIFY(data().getPlanNodeFromCacheById(node.id, node));
-    QCOMPARE(node.id, n2);
-    QCOMPARE(requests(), 1);
 }
 
 QTEST_GUILESS_MAIN(KvPlanDataCacheTest)

@@ -166,8 +166,6 @@ private Q_SLOTS:
     void everyFieldOfANode();
     void failingStep_data();
     void failingStep();
-    void strangeIdentifiers_data();
-    void strangeIdentifiers();
     void serviceGoesAwayAndComesBack();
     void tokensAreInNoLog();
 
@@ -358,34 +356,6 @@ void KvPlanDataServiceTest::failingStep()
     KvPlanNode node;
     QVERIFY(!data().getPlanNodeFromCacheById(planId, node));
     QCOMPARE(m_reports.size(), 3);
-}
-
-void KvPlanDataServiceTest::strangeIdentifiers_data()
-{
-    QTest::addColumn<QString>("id");
-    QTest::newRow("space") << "a b";
-    QTest::newRow("hash") << "a#b";
-    QTest::newRow("percent") << "100%";
-    QTest::newRow("plus") << "a+b";
-    QTest::newRow("quotes") << "\"a\" 'b'";
-    QTest::newRow("braces") << "{a}[b]";
-    QTest::newRow("backslash") << "a\\b";
-    QTest::newRow("Chinese") << QString::fromUtf8("三层");
-    QTest::newRow("emoji") << QString::fromUtf8("🏗");
-    QTest::newRow("database text") << "' or '1'='1";
-}
-
-// No such plan, and nothing worse than that.
-void KvPlanDataServiceTest::strangeIdentifiers()
-{
-    QFETCH(QString, id);
-    KvPlan plan;
-    KvPlanNode node;
-    QVERIFY(!data().getPlanById(id, plan));
-    QVERIFY(!data().getPlanNodeFromCacheById(id, node));
-    QCOMPARE(m_reports.size(), 2);
-    for (const KvNetworkReport& report : qAsConst(m_reports))
-        QCOMPARE(report.httpStatus, 404);
 }
 
 void KvPlanDataServiceTest::serviceGoesAwayAndComesBack()

@@ -245,6 +245,7 @@ void KvPlanOperationsServiceTest::strangeIdentifiersAreFoundAgain_data()
     QTest::newRow("ampersand and equals") << "a&b=c";
     QTest::newRow("Chinese") << text("三层");
     QTest::newRow("emoji") << text("🏗");
+    QTest::newRow("database text") << "' or '1'='1";
 }
 
 // A node keeps the identifier that its host gave it; whatever the way did to it, another would be found, or
