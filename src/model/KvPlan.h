@@ -5,10 +5,10 @@
 /// A plan (schedule) of a project.
 struct KvPlan
 {
-    QString id;       ///< database id; assigned by the service
-    QString category; ///< category (module) of the plan
-    QString projectId;
-    QString name;
+    QString id;                  ///< database id; assigned by the service
+    QString category;            ///< category (module) of the plan
+    QString projectId;           ///< owning project; empty for a new plan: the current one
+    QString name;                ///< as people see it; need not be unique
     QString mppFilePath;         ///< schedule file the plan was imported from; exchange format only
     QString projectFileId;       ///< id of the stored schedule file
     QDateTime createdAt;         ///< read only

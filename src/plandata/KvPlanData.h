@@ -26,6 +26,7 @@ public:
 
     /// An independent snapshot of the caches and rights; it shares their data until one side writes.
     KvPlanData(const KvPlanData& other);
+    /// Takes over the caches and rights of @p other, as a copy does.
     KvPlanData& operator=(const KvPlanData& other);
 
     /// Empties the caches. The user's rights stay as they are.
@@ -252,10 +253,10 @@ public:
     /// before it. What the service does with a request it decides by itself. The right to read means all
     /// plans: a user who may read their own only does not have it here.
     bool getCreateAuth();
-    bool getEditAuth();
-    bool getDeleteAuth();
-    bool getReadAuth();
-    bool getExportAuth();
+    bool getEditAuth();   ///< as getCreateAuth()
+    bool getDeleteAuth(); ///< as getCreateAuth()
+    bool getReadAuth();   ///< as getCreateAuth()
+    bool getExportAuth(); ///< as getCreateAuth()
 
     /// Reads a setting that the service keeps for the current user. Blocks; caches nothing.
     /// @param[out] value {key: setting}; empty when nothing is stored, and on failure.

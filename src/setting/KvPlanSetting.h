@@ -30,10 +30,12 @@ public:
 
     /// An independent snapshot; it shares its data with the original until one side writes.
     KvPlanSetting(const KvPlanSetting& other);
+    /// Takes over all settings of @p other, as a copy does. Writes no file.
     KvPlanSetting& operator=(const KvPlanSetting& other);
 
     /// The translation of a label of this class; the label itself when no translator has one.
     static QString tr(const char* sourceText, const char* disambiguation = nullptr, int n = -1);
+    /// The same.
     static QString trUtf8(const char* sourceText, const char* disambiguation = nullptr, int n = -1);
 
     // Columns of the Gantt chart
@@ -67,10 +69,11 @@ public:
     QColor GetProcessColor(const QString& key);
     /// Sets any colour, also one that is taken.
     void SetPlanColor(const QString& key, const QColor& colour);
+    /// Likewise.
     void SetProcessColor(const QString& key, const QColor& colour);
     /// Forgets all colours; each key gets a fresh one when it is asked for next.
     void ClearPlanColor();
-    void ClearProcessColor();
+    void ClearProcessColor(); ///< likewise
 
     // Colours of the simulation, by state; GetSimulateColorTypeStr() tells the states
 

@@ -9,6 +9,7 @@
 /// body.
 struct KvNetworkReport
 {
+    /// How a request ended.
     enum Category
     {
         Ok,      ///< a 2xx status and a body that is JSON, or empty where that is allowed
@@ -20,11 +21,11 @@ struct KvNetworkReport
         Aborted  ///< broken off: connection lost, reply too large, reply deleted, application quits
     };
 
-    QString method;     ///< "GET", "POST", "PUT" or "DELETE"
-    QString path;       ///< percent-encoded, from the host's name to the '?'
-    int httpStatus = 0; ///< 0: no status came
-    Category category = Ok;
-    QString message;       ///< for people, one line in English of some 400 characters at most; empty when Ok
-    qint64 durationMs = 0; ///< from sending to the outcome
+    QString method;         ///< "GET", "POST", "PUT" or "DELETE"
+    QString path;           ///< percent-encoded, from the host's name to the '?'
+    int httpStatus = 0;     ///< 0: no status came
+    Category category = Ok; ///< how it ended
+    QString message;        ///< for people, one line in English of some 400 characters at most; empty when Ok
+    qint64 durationMs = 0;  ///< from sending to the outcome
 };
 Q_DECLARE_METATYPE(KvNetworkReport)

@@ -44,11 +44,17 @@ public:
     /// QCoreApplication.
     static NetworkManager& instance();
 
+    /// Sends a GET. Returns at once, as all verbs do.
     QNetworkReply* get(const QString& url);
+    /// Sends a POST whose body is an object.
     QNetworkReply* postJson(const QString& url, const QJsonObject& body);
+    /// Sends a POST whose body is an array.
     QNetworkReply* postJson(const QString& url, const QJsonArray& body);
+    /// Sends a PUT whose body is an object.
     QNetworkReply* putJson(const QString& url, const QJsonObject& body);
+    /// Sends a PUT whose body is an array.
     QNetworkReply* putJson(const QString& url, const QJsonArray& body);
+    /// Sends a DELETE, without a body.
     QNetworkReply* deleteResource(const QString& url);
 
     /// The token that later requests carry as "Authorization: Bearer", to the scheme, host and port of the
