@@ -1,14 +1,9 @@
 #include <support/ScriptedConnection.h>
 
+#include <support/HardReset.h>
 #include <support/ScriptedServer.h>
 
 #include <QtNetwork/QSslSocket>
-
-#ifdef Q_OS_WIN
-#include <winsock2.h>
-#else
-#include <sys/socket.h>
-#endif
 
 namespace KvTest {
 
@@ -136,7 +131,7 @@ void ScriptedConnection::send()
         closeGently();
         break;
     case Reply::ResetUnanswered:
-        resetHard();
+        resetHard(*m_socket);
         break;
     case Reply::ResetInBody:
         // The reset throws away what still waits to be sent, so it comes only once the client's side has it.
@@ -144,7 +139,7 @@ void ScriptedConnection::send()
             m_socket, &QTcpSocket::bytesWritten, this,
             [this] {
                 if (m_socket->bytesToWrite() == 0)
-                    resetHard();
+                    resetHard(*m_socket);
             },
             Qt::QueuedConnection);
         m_socket->write(head() + firstHalf);
@@ -212,22 +207,6 @@ QByteArray ScriptedConnection::head() const
 void ScriptedConnection::closeGently()
 {
     m_socket->disconnectFromHost(); // after what is written has gone out
-}
-
-void ScriptedConnection::resetHard()
-{
-    // Closing with a linger time of zero is what makes the system send RST instead of FIN.
-    struct linger lingering = {};
-    lingering.l_onoff = 1;
-    lingering.l_linger = 0;
-#ifdef Q_OS_WIN
-    ::setsockopt(static_cast<SOCKET>(m_socket->socketDescriptor()), SOL_SOCKET, SO_LINGER,
-                 reinterpret_cast<const char*>(&lingering), sizeof lingering);
-#else
-    ::setsockopt(static_cast<int>(m_socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &lingering,
-                 sizeof lingering);
-#endif
-    m_socket->abort();
 }
 
 } // namespace KvTest

@@ -31,7 +31,6 @@ private:
     void sendEndlessly();
     QByteArray head() const;
     void closeGently();
-    void resetHard();
 
     ScriptedServer& m_server;
     QTcpSocket* m_socket = nullptr;
