@@ -14,6 +14,8 @@
 
 #include <QtCore/QJsonDocument>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int widestHelp = 78;
@@ -130,14 +132,17 @@ ExitCode complainOfOthers(const KvPlanNode& node, const QVector<FieldChange>& ch
 
 QString questionOn(const QList<KvPlanNode>& nodes)
 {
+    const bool hasSummary =
+        std::any_of(nodes.begin(), nodes.end(), [](const KvPlanNode& node) { return node.summary; });
+    const QString rest = hasSummary ? QStringLiteral(" The tasks below stay, at the top level.") : QString();
     if (nodes.size() == 1)
-        return QStringLiteral("Delete the task \"%1\"?").arg(fitted(nodes.first().name, 0));
+        return QStringLiteral("Delete the task \"%1\"?").arg(fitted(nodes.first().name, 0)) + rest;
     QString text;
     for (int i = 0; i < qMin(nodes.size(), namedInQuestion); ++i)
         text += QStringLiteral("  %1  %2\n").arg(fitted(nodes.at(i).id, 0), fitted(nodes.at(i).name, 0));
     if (nodes.size() > namedInQuestion)
         text += QStringLiteral("  … and %1 more\n").arg(nodes.size() - namedInQuestion);
-    return text + QStringLiteral("Delete these %1 tasks?").arg(nodes.size());
+    return text + QStringLiteral("Delete these %1 tasks?").arg(nodes.size()) + rest;
 }
 
 } // namespace

@@ -14,8 +14,6 @@
 
 #include <QtCore/QJsonDocument>
 
-#include <cmath>
-
 namespace {
 
 bool readDate(Arguments& line, const char* option, QDateTime& date)
@@ -56,7 +54,7 @@ bool readResponse(Arguments& line, KvPlanNodeResponse& response)
     response.documentIds = line.values("document");
     if (response.documentIds.contains(QString()))
         return line.refuse(QStringLiteral("--document takes the identifier of a document"));
-    return line.readNumber("percent", 0, 100, response.percentage) &&
+    return line.readNumber("percent", 1, 100, response.percentage) &&
            readDate(line, "start", response.actualStartDate) &&
            readDate(line, "finish", response.actualFinishDate) && readMedia(line, response.media);
 }
@@ -110,7 +108,7 @@ int runRespond(const QStringList& arguments)
         QStringLiteral("Reports progress on a task and shows what the task has become. A percentage\n"
                        "that is left out is the task's own."),
         QStringLiteral("NODE"));
-    line.addOption("percent", "number", "Progress, 0 to 100.");
+    line.addOption("percent", "number", "Progress, 1 to 100; \"kvplan update\" takes it back to 0.");
     line.addOption("remark", "text", "Remark.");
     line.addOption("start", "date", "Actual start, as in 2026-03-05 or 2026-03-05T08:00.");
     line.addOption("finish", "date", "Actual finish.");
@@ -119,7 +117,7 @@ int runRespond(const QStringList& arguments)
                    "Attach this photo or video, as FILE, FILE,PREVIEW or FILE,PREVIEW,TIME; may be given "
                    "several times.");
     line.addJsonOption();
-    KvPlanNodeResponse response;
+    KvPlanNodeResponse response; // 0 percent, unless the option is given, reports none
     if (!line.read(arguments, 1) || !line.needService() || !readResponse(line, response))
         return line.exitCode();
 
@@ -128,8 +126,6 @@ int runRespond(const QStringList& arguments)
     KvPlanNode before;
     if (!session.readNode(id, before))
         return RequestFailed;
-    if (!line.isSet("percent"))
-        response.percentage = int(std::lround(qBound(0.0, before.finishedPercentage, 100.0)));
     const int documents = response.documentIds.size();
     if (!KvPlanData::instance()->createPlanNodeResponse(id, response))
         return session.complainOfFailure(QStringLiteral("report on the task \"%1\"").arg(id));

@@ -311,6 +311,20 @@ private Q_SLOTS:
             QCOMPARE(server.lastRequest().path(), target);
     }
 
+    void deleteOfSummaries()
+    {
+        ScriptedServer server;
+        QJsonObject summary = task(1, QStringLiteral("Floor"));
+        summary.insert(QStringLiteral("summary"), true);
+        server.enqueue(Reply::json(summary));
+        const KvplanRun run = kvplan(server).run(words("delete-nodes n1"));
+        QVERIFY2(
+            run.error().startsWith(QStringLiteral("Delete the task \"Floor\"? The tasks below stay, at the "
+                                                  "top level. [y/N] ")),
+            qPrintable(run.error()));
+        QCOMPARE(run.exitCode, 5);
+    }
+
     void deleteUnasked()
     {
         ScriptedServer server;
