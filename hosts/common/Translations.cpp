@@ -7,10 +7,10 @@
 namespace {
 
 // "en-GB" is read from kvplandata_en_GB.qm or kvplandata_en.qm.
-bool loadCatalogue(QTranslator& translator, const QString& language)
+bool loadCatalogue(QTranslator& translator, const QString& catalogue, const QString& language)
 {
     const QString name =
-        QStringLiteral("kvplandata_") + QString(language).replace(QLatin1Char('-'), QLatin1Char('_'));
+        catalogue + QLatin1Char('_') + QString(language).replace(QLatin1Char('-'), QLatin1Char('_'));
     const QString program = QCoreApplication::applicationDirPath();
     return translator.load(name, program + QLatin1String("/translations")) ||
            translator.load(name, program + QLatin1Char('/') + QStringLiteral(KV_TRANSLATIONS_PATH));
@@ -21,23 +21,39 @@ bool isChinese(const QString& language)
     return QLocale(language).language() == QLocale::Chinese;
 }
 
-bool load(QTranslator& translator)
+bool isEnglish(const QString& language)
+{
+    return QLocale(language).language() == QLocale::English;
+}
+
+// The language of the sources, which needs no catalogue, is told by @p isOfSources.
+bool load(QTranslator& translator, const QString& catalogue, bool (*isOfSources)(const QString&))
 {
     const QStringList languages = QLocale().uiLanguages();
     for (const QString& language : languages) {
-        if (isChinese(language))
+        if (isOfSources(language))
             return false;
-        if (loadCatalogue(translator, language))
+        if (loadCatalogue(translator, catalogue, language))
             return true;
     }
-    return loadCatalogue(translator, QStringLiteral("en"));
+    return loadCatalogue(translator, catalogue, QStringLiteral("en"));
+}
+
+void install(const QString& catalogue, bool (*isOfSources)(const QString&))
+{
+    auto* const translator = new QTranslator(QCoreApplication::instance());
+    if (load(*translator, catalogue, isOfSources))
+        QCoreApplication::installTranslator(translator);
 }
 
 } // namespace
 
 void installTranslations()
 {
-    auto* const translator = new QTranslator(QCoreApplication::instance());
-    if (load(*translator))
-        QCoreApplication::installTranslator(translator);
+    install(QStringLiteral("kvplandata"), isChinese);
+}
+
+void installProgramTranslations(const QString& catalogue)
+{
+    install(catalogue, isEnglish);
 }

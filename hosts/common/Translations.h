@@ -1,5 +1,7 @@
 #pragma once
 
+class QString;
+
 /// Has the library's labels translated into the user's language, as the locale tells it: the first of the
 /// user's languages that there is a catalogue for. Chinese needs none; whoever reads neither that nor any of
 /// the others gets English. Catalogues are looked for in the folder "translations" beside the program, then
@@ -8,3 +10,7 @@
 /// To be called after the application object is made and before the library is asked for a label: some keep
 /// the language in which they were asked for first.
 void installTranslations();
+
+/// The same for a host's own texts, which are English in its sources: those of "planviewer" come from
+/// planviewer_zh.qm and the like.
+void installProgramTranslations(const QString& catalogue);
