@@ -139,7 +139,7 @@ void save(const QString& planId, const QVector<NodeEdit>& edits)
         KvPlanData::instance()->updatePlanNodes(rest);
 }
 
-ExitCode saySaved(const Arguments& line, const SaveFindings& findings)
+ExitCode saySaved(const Arguments& line, const SaveFindings& findings, int rows)
 {
     if (line.wantsJson())
         return say(
@@ -150,15 +150,22 @@ ExitCode saySaved(const Arguments& line, const SaveFindings& findings)
                           })
                 .toJson());
     QString text;
-    for (const KvPlanNode& node : findings.created)
-        text += QStringLiteral("created  %1  %2\n").arg(fitted(node.id, 0), fitted(node.name, 0));
-    for (const KvPlanNode& node : findings.updated)
-        text += QStringLiteral("changed  %1  %2\n").arg(fitted(node.id, 0), fitted(node.name, 0));
+    int left = rows;
+    const auto addLines = [&](const QString& what, const QList<KvPlanNode>& nodes) {
+        for (int i = 0; i < nodes.size() && left > 0; ++i, --left)
+            text += QStringLiteral("%1  %2  %3\n")
+                        .arg(what, fitted(nodes.at(i).id, 0), fitted(nodes.at(i).name, 0));
+    };
+    addLines(QStringLiteral("created"), findings.created);
+    addLines(QStringLiteral("changed"), findings.updated);
+    const int saved = findings.created.size() + findings.updated.size();
+    if (saved > rows)
+        text += QStringLiteral("… and %1 more\n").arg(saved - rows);
     return say(text);
 }
 
 ExitCode sayOutcome(const Arguments& line, const Session& session, const QVector<NodeEdit>& edits,
-                    PlanTasks& tasks)
+                    PlanTasks& tasks, int rows)
 {
     // Whatever the requests came to, what counts is what the plan holds now.
     const QList<KvPlanNode> before = tasks.nodes();
@@ -174,7 +181,7 @@ ExitCode sayOutcome(const Arguments& line, const Session& session, const QVector
     const SaveFindings findings = checkSaved(edits, before, tasks.nodes());
     for (const QString& problem : findings.problems)
         complain(problem);
-    const ExitCode said = saySaved(line, findings);
+    const ExitCode said = saySaved(line, findings, rows);
     return said == Success && !findings.problems.isEmpty() ? RequestFailed : said;
 }
 
@@ -202,7 +209,7 @@ int runSave(const QStringList& arguments)
     line.addOption("dry-run", nullptr, "Show what would be saved; save nothing.");
     line.addOption("yes", nullptr, "Do not ask.");
     line.addOption("overwrite", nullptr, "Also undo what others changed since the file was written.");
-    line.addOption("rows", "count", "Changes to show at most (100).");
+    line.addOption("rows", "count", "Lines to show at most (100); JSON has all.");
     line.addJsonOption();
     int rows = usualRows;
     if (!line.read(arguments, 2) || !line.needService() ||
@@ -223,6 +230,7 @@ int runSave(const QStringList& arguments)
     if (!tasks.read())
         return RequestFailed;
     const EditFindings findings = checkEdits(file.document(), planId, tasks.nodes(), line.isSet("overwrite"));
+    file = JsonFile(); // as large as the plan, and read
     for (const QString& problem : findings.problems)
         complain(QStringLiteral("%1: %2").arg(line.positional(1), problem));
     if (!findings.problems.isEmpty())
@@ -231,7 +239,7 @@ int runSave(const QStringList& arguments)
     if (shown != Success || line.isSet("dry-run"))
         return shown;
     if (findings.edits.isEmpty())
-        return saySaved(line, {});
+        return saySaved(line, {}, rows);
     if (!line.isSet("yes")) {
         QString question = editsSentence(findings.edits);
         question[0] = question.at(0).toUpper();
@@ -241,5 +249,5 @@ int runSave(const QStringList& arguments)
         }
     }
     save(planId, findings.edits);
-    return sayOutcome(line, session, findings.edits, tasks);
+    return sayOutcome(line, session, findings.edits, tasks, rows);
 }

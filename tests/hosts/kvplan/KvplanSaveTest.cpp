@@ -195,6 +195,16 @@ private Q_SLOTS:
                  QStringLiteral("tower"));
     }
 
+    void manyAreNotAllNamed()
+    {
+        PlanServer server;
+        const KvplanRun run =
+            save(server, '[' + QByteArray("{\"name\":\"New\"},").repeated(7) + "{}]", "--yes --rows 3");
+        QCOMPARE(run.error(), QString());
+        QCOMPARE(run.text().count(QStringLiteral("\ncreated  ")), 3);
+        QVERIFY2(run.text().endsWith(utf8("\n… and 5 more\n")), qPrintable(run.text()));
+    }
+
     void savesNothingAfterANo()
     {
         PlanServer server;

@@ -303,15 +303,11 @@ private Q_SLOTS:
             edits.append(QJsonObject{{QStringLiteral("name"), QStringLiteral("Task %1").arg(i)},
                                      {QStringLiteral("planWorkload"), i}});
         const int before = tasks().size();
-        const KvplanRun saved = save(edits);
+        const KvplanRun saved = run({QStringLiteral("save"), m_planId, write(QJsonDocument(edits).toJson()),
+                                     QStringLiteral("--yes"), QStringLiteral("--json")});
         QCOMPARE(saved.error(), QString());
-        QCOMPARE(saved.output.count("created  "), count);
-        QStringList ids;
-        const QStringList lines = saved.text().split(QLatin1Char('\n'));
-        for (const QString& line : lines) {
-            if (line.startsWith(QStringLiteral("created  ")))
-                ids.append(line.section(QStringLiteral("  "), 1, 1));
-        }
+        const QStringList ids = idsOf(saved.object().value(QLatin1String("created")).toArray());
+        QCOMPARE(ids.size(), count);
         QCOMPARE(tasks().size(), before + count);
         const KvplanRun gone =
             run(QStringList{QStringLiteral("delete-nodes"), QStringLiteral("--yes")} + ids);
