@@ -2,7 +2,6 @@
 
 #include "HardReset.h"
 
-#include <QtCore/QPointer>
 #include <QtCore/QTimer>
 #include <QtNetwork/QTcpSocket>
 
@@ -18,11 +17,11 @@ public:
     {
         connect(&m_client, &QTcpSocket::readyRead, this, [this] { takeRequest(); });
         connect(&m_service, &QTcpSocket::readyRead, this, [this] { takeReply(); });
-        connect(&m_client, &QTcpSocket::disconnected, this, &QObject::deleteLater);
-        connect(&m_service, &QTcpSocket::disconnected, this, [this] { m_client.disconnectFromHost(); });
+        connect(&m_client, &QTcpSocket::disconnected, this, [this] { end(); });
+        connect(&m_service, &QTcpSocket::disconnected, this, [this] { end(); });
         connect(&m_service, &QTcpSocket::errorOccurred, this, [this] {
             if (m_service.state() == QAbstractSocket::UnconnectedState)
-                m_client.disconnectFromHost();
+                end();
         });
         m_client.setSocketDescriptor(descriptor);
         m_client.setSocketOption(QAbstractSocket::LowDelayOption, 1);
@@ -30,7 +29,23 @@ public:
         m_service.setSocketOption(QAbstractSocket::LowDelayOption, 1);
     }
 
+    ~FaultyConnection() override
+    {
+        m_client.disconnect(this);
+        m_service.disconnect(this);
+    }
+
 private:
+    /// What was written already goes out on either side.
+    void end()
+    {
+        m_client.disconnectFromHost();
+        m_service.disconnectFromHost();
+        if (m_client.state() == QAbstractSocket::UnconnectedState &&
+            m_service.state() == QAbstractSocket::UnconnectedState)
+            deleteLater();
+    }
+
     void takeRequest()
     {
         const QByteArray bytes = m_client.readAll();
@@ -40,7 +55,6 @@ private:
         }
         if (m_fault == FaultyProxy::RequestCut) {
             m_service.write(bytes.left(bytes.size() / 2));
-            m_service.flush();
             resetHard(m_client);
             return;
         }
@@ -108,8 +122,10 @@ private:
 
     void send(int size)
     {
-        m_client.write(m_waiting.left(size));
-        m_client.flush();
+        if (m_client.state() == QAbstractSocket::ConnectedState) {
+            m_client.write(m_waiting.left(size));
+            m_client.flush();
+        }
         m_waiting.remove(0, size);
     }
 
