@@ -83,9 +83,10 @@ bool requestPlanNodesByPlanIds(const QStringList& planIds, const QString& catego
 bool requestTodoPlanNodes(int skip, int limit, QList<KvPlanNode>& nodes, const QString& category)
 {
     const QStringList states{QStringLiteral("unstart"), QStringLiteral("processing")};
-    const QString url = taskUrl("projects/%1/planNodes?type=todo&category=%2&expand=true&order=finishDate"
-                                "&skip=%3&limit=%4&state=%5",
-                                currentProject(), category, skip, limit, filterText(makeInFilter(states)));
+    // The category comes last: the one text here that a user may have chosen.
+    const QString url = taskUrl("projects/%1/planNodes?type=todo&category=%5&expand=true&order=finishDate"
+                                "&skip=%2&limit=%3&state=%4",
+                                currentProject(), skip, limit, filterText(makeInFilter(states)), category);
     return exchange(NetworkManager::instance().get(url),
                     [&](const NetworkEventLoop& reply) { appendPlanNodes(reply.objectList(), nodes); });
 }

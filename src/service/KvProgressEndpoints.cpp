@@ -45,9 +45,10 @@ bool requestPlanNodeStatistics(const QString& category, KvPlanStatistics& statis
 bool requestPlanNodeQuantities(QList<KvStatisticsQuantity>& quantities, const QString& category,
                                const QString& period)
 {
-    const QString url = taskUrl("projects/%1/planNodes_quantities_statistics?category=%2&personal=true"
-                                "&period=%3",
-                                currentProject(), category, period);
+    // The category comes last, as for the to-do list: it may look like a placeholder.
+    const QString url = taskUrl("projects/%1/planNodes_quantities_statistics?category=%3&personal=true"
+                                "&period=%2",
+                                currentProject(), period, category);
     return exchange(NetworkManager::instance().get(url), [&](const NetworkEventLoop& reply) {
         const QList<QJsonObject> objects = reply.objectList();
         for (const QJsonObject& object : objects)

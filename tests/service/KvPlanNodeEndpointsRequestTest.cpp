@@ -107,6 +107,8 @@ private Q_SLOTS:
     void numbersIgnoreTheUsersLanguage();
     void filterArrivesUnchanged_data();
     void filterArrivesUnchanged();
+    void categoryArrivesUnchanged_data();
+    void categoryArrivesUnchanged();
     void deletedIdsArriveUnchanged_data();
     void deletedIdsArriveUnchanged();
 
@@ -344,6 +346,32 @@ void KvPlanNodeEndpointsRequestTest::filterArrivesUnchanged()
     QCOMPARE(request.queryValue("limit"), QStringLiteral("20"));
     QCOMPARE(request.queryKeys().join(QLatin1Char(' ')), QStringLiteral("where category skip limit"));
     QCOMPARE(request.path(), QByteArray("/task-service/plans/p1/planNodes"));
+}
+
+void KvPlanNodeEndpointsRequestTest::categoryArrivesUnchanged_data()
+{
+    QTest::addColumn<QString>("category");
+    QTest::newRow("blanks and what URLs cut at") << " a  b #1+1";
+    for (int i = 0; i <= 9; ++i) {
+        QTest::newRow(qPrintable(QStringLiteral("half of %1").arg(i)))
+            << QStringLiteral("50%") + QString::number(i);
+    }
+}
+
+void KvPlanNodeEndpointsRequestTest::categoryArrivesUnchanged()
+{
+    QFETCH(QString, category);
+    m_server.enqueue(Reply::json(QJsonArray()));
+    m_server.enqueue(Reply::json(QJsonArray()));
+    QVERIFY(todo(40, 20, category));
+    KvTest::Request request = m_server.lastRequest();
+    QCOMPARE(request.queryValue("category"), category);
+    QVERIFY(request.query().contains("&skip=40&limit=20&state="));
+    QCOMPARE(request.queryValue("state"), QStringLiteral(R"({"$in":["unstart","processing"]})"));
+    QVERIFY(ofPlans({p1}, category));
+    request = m_server.lastRequest();
+    QCOMPARE(request.queryValue("category"), category);
+    QCOMPARE(request.queryValue("where"), QStringLiteral(R"({"planId":{"$in":["p1"]}})"));
 }
 
 void KvPlanNodeEndpointsRequestTest::deletedIdsArriveUnchanged_data()
