@@ -2,6 +2,8 @@
 
 #include <QCoreApplication>
 
+#include <sqlite3.h>
+
 #include <cstdio>
 
 using namespace PlanService;
@@ -23,6 +25,14 @@ QString overview()
     return text + QStringLiteral("\nplanservice COMMAND --help tells more; --version prints the version.\n");
 }
 
+// Also what a report of a fault should name: how this copy was built, and what it runs on.
+QString versionText()
+{
+    return QStringLiteral("planservice " PLANSERVICE_VERSION "\nQt %1, built with " QT_VERSION_STR
+                          "\nSQLite %2\n" KV_BUILD_FACTS "\n")
+        .arg(QLatin1String(qVersion()), QLatin1String(sqlite3_libversion()));
+}
+
 int run(const QStringList& arguments)
 {
     const QString first = arguments.value(1);
@@ -31,7 +41,7 @@ int run(const QStringList& arguments)
         return 0;
     }
     if (first == QLatin1String("--version")) {
-        print(QByteArrayLiteral("planservice " PLANSERVICE_VERSION "\n"));
+        print(versionText());
         return 0;
     }
     for (const Command& command : commands()) {

@@ -1,5 +1,9 @@
 # What every target of this project shares: language level, visibility, warnings, sanitizers.
 
+# Told by the programs' --version.
+set(KV_BUILD_FACTS "${CMAKE_CXX_COMPILER_ID} ${CMAKE_CXX_COMPILER_VERSION}, $<IF:$<CONFIG:>,no build type,$<CONFIG>>, \
+${CMAKE_SYSTEM_NAME} ${CMAKE_SYSTEM_PROCESSOR}")
+
 include(GenerateExportHeader)
 include(GNUInstallDirs)
 
@@ -33,13 +37,17 @@ endfunction()
 
 # One of the product's dynamic libraries: versioned, with a generated export header <name>/<name>Export.h.
 function(kv_add_shared_library name)
-    cmake_parse_arguments(arg "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+    cmake_parse_arguments(arg "" "DESCRIPTION" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
     add_library(${name} SHARED ${arg_SOURCES})
     add_library(KvPlanData::${name} ALIAS ${name})
     kv_target_defaults(${name})
     set_target_properties(${name} PROPERTIES
         VERSION ${PROJECT_VERSION}
-        SOVERSION ${PROJECT_VERSION_MAJOR})
+        SOVERSION ${PROJECT_VERSION_MAJOR}
+        DESCRIPTION "${arg_DESCRIPTION}")
+    if(KVPLANDATA_PLATFORM STREQUAL "system") # the host's libraries may be installed anywhere
+        set_target_properties(${name} PROPERTIES INSTALL_RPATH_USE_LINK_PATH ON)
+    endif()
     target_link_libraries(${name} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
     generate_export_header(${name} EXPORT_FILE_NAME "${CMAKE_CURRENT_BINARY_DIR}/include/${name}/${name}Export.h")
     target_include_directories(${name} PUBLIC

@@ -19,8 +19,8 @@ int runSample(const QStringList& arguments)
 {
     Options options(
         QStringLiteral("sample"),
-        QStringLiteral("Writes a sample plan as the service sends it, without a database. The options of "
-                       "a sample are those of planservice seed and give the same plan."));
+        QStringLiteral("Writes a sample plan as the service sends it, without a database. The\n"
+                       "options of a sample are those of planservice seed and give the same plan."));
     addSampleOptions(options);
     options.add(QStringLiteral("output"), QStringLiteral("Write to this file instead of stdout."),
                 QStringLiteral("FILE"));

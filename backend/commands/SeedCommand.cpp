@@ -32,10 +32,10 @@ void report(const SampleProject& project, int nodes, bool added, bool asJson)
 
 int runSeed(const QStringList& arguments)
 {
-    Options options(
-        QStringLiteral("seed"),
-        QStringLiteral("Puts a sample project into a database, which is created when missing. Either the "
-                       "whole project goes in or nothing. The same options give the same project."));
+    Options options(QStringLiteral("seed"),
+                    QStringLiteral("Puts a sample project into a database, which is created when missing.\n"
+                                   "Either the whole project goes in or nothing. The same options give the\n"
+                                   "same project."));
     options.add(QStringLiteral("database"), QStringLiteral("The database file."), QStringLiteral("FILE"));
     addSampleOptions(options);
     options.add(QStringLiteral("if-missing"),

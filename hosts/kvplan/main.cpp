@@ -58,12 +58,19 @@ QString help()
         text += QStringLiteral("  %1  %2\n")
                     .arg(QLatin1String(command.name), -12)
                     .arg(QLatin1String(command.summary));
-    text += QStringLiteral(
-        "\n\"kvplan COMMAND --help\" shows a command's options. KV_BASE_API, KV_PROJECT_ID,\n"
-        "KV_ACCESS_TOKEN and KV_NETWORK_TIMEOUT_MS stand in for those left out.\n\n"
-        "Exit status: 0 done, 1 the service did not do it, 2 wrong usage, 3 output not written,\n"
-        "4 the file or the plan is not in order, 5 you did not agree.\n");
+    text +=
+        QStringLiteral("\n\"kvplan COMMAND --help\" shows a command's options. KV_BASE_API, KV_PROJECT_ID,\n"
+                       "KV_ACCESS_TOKEN and KV_NETWORK_TIMEOUT_MS stand in for those left out.\n\n"
+                       "Exit status: 0 done, 1 the service did not do it, 2 wrong usage, 3 output not\n"
+                       "written, 4 the file or the plan is not in order, 5 you did not agree.\n");
     return text;
+}
+
+// Also what a report of a fault should name: how this copy was built, and which Qt it runs on.
+QString versionText()
+{
+    return QStringLiteral("kvplan %1\nQt %2, built with " QT_VERSION_STR "\n" KV_BUILD_FACTS "\n")
+        .arg(QCoreApplication::applicationVersion(), QLatin1String(qVersion()));
 }
 
 } // namespace
@@ -91,7 +98,7 @@ int main(int argc, char* argv[])
     if (name == QLatin1String("--help") || name == QLatin1String("-h"))
         return say(help());
     if (name == QLatin1String("--version"))
-        return say(QStringLiteral("kvplan %1\n").arg(QCoreApplication::applicationVersion()));
+        return say(versionText());
     for (const Command& command : commands) {
         if (name == QLatin1String(command.name))
             return command.run(arguments);

@@ -1,8 +1,9 @@
 # Builds and runs the consumer: against the installed package (WAY=package), which is then the only copy it can
-# find, or with the source tree inside its own (WAY=subdirectory).
+# find, with a compiler alone and what pkg-config says of the installed libraries (WAY=pkgconfig), or with the source
+# tree inside its own (WAY=subdirectory).
 file(REMOVE_RECURSE "${WORK_DIR}")
 
-if(WAY STREQUAL "package")
+if(NOT WAY STREQUAL "subdirectory")
     execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${WORK_DIR}/prefix --config ${CONFIG}
         OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
     set(where -DCMAKE_PREFIX_PATH=${WORK_DIR}/prefix)
@@ -14,6 +15,31 @@ if(WAY STREQUAL "package")
     endforeach()
 else()
     set(where -DKVPLANDATA_SOURCE_DIR=${SOURCE_DIR})
+endif()
+
+if(WAY STREQUAL "pkgconfig")
+    # The tree is moved first: what pkg-config says has to come from where the files are now.
+    file(RENAME "${WORK_DIR}/prefix" "${WORK_DIR}/moved")
+    file(GLOB_RECURSE description "${WORK_DIR}/moved/KvPlanData.pc")
+    get_filename_component(folder "${description}" DIRECTORY)
+    get_filename_component(libraries "${folder}" DIRECTORY)
+    set(ENV{PKG_CONFIG_PATH} "${folder}")
+    set(packages KvPlanData KvNetwork KvPublicFun KvSoftBase)
+    execute_process(COMMAND pkg-config --cflags --libs ${packages}
+        OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    separate_arguments(flags UNIX_COMMAND "${flags}")
+    foreach(package IN LISTS packages)
+        execute_process(COMMAND pkg-config --modversion ${package}
+            OUTPUT_VARIABLE version OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+        if(NOT version STREQUAL VERSION)
+            message(FATAL_ERROR "${package} says it is ${version}, not ${VERSION}")
+        endif()
+    endforeach()
+    execute_process(COMMAND ${CXX} -std=c++17 ${CONSUMER_DIR}/main.cpp -o ${WORK_DIR}/consumer ${flags}
+        COMMAND_ERROR_IS_FATAL ANY)
+    set(ENV{LD_LIBRARY_PATH} "${libraries}")
+    execute_process(COMMAND ${WORK_DIR}/consumer COMMAND_ERROR_IS_FATAL ANY)
+    return()
 endif()
 
 execute_process(COMMAND ${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/build -G ${GENERATOR}

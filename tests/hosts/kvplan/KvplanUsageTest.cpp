@@ -140,9 +140,12 @@ private Q_SLOTS:
     {
         const KvplanRun run = Kvplan().run({QStringLiteral("--version")});
         QCOMPARE(run.exitCode, 0);
-        QVERIFY2(
-            QRegularExpression(QStringLiteral("^kvplan \\d+\\.\\d+\\.\\d+\n$")).match(run.text()).hasMatch(),
-            qPrintable(run.text()));
+        QVERIFY2(QRegularExpression(
+                     QStringLiteral("^kvplan \\d+\\.\\d+\\.\\d+\nQt 5\\.15\\.\\d+, built with 5\\.15\\.\\d+\n"
+                                    "\\S+ \\d+[.\\d]*, [^,\n]+, [^,\n]+\n$"))
+                     .match(run.text())
+                     .hasMatch(),
+                 qPrintable(run.text()));
     }
 
     void refused_data()

@@ -1,0 +1,26 @@
+# Fills a manual page's @COMMANDS@ with what the program itself says of each of its commands.
+#     cmake -DPROGRAM=... -DIN=....1.in -DOUT=....1 -DVERSION=... -P ManualPage.cmake
+function(help_of result)
+    execute_process(COMMAND ${PROGRAM} ${ARGN} --help OUTPUT_VARIABLE help COMMAND_ERROR_IS_FATAL ANY)
+    set(${result} "${help}" PARENT_SCOPE)
+endfunction()
+
+help_of(overview)
+string(REGEX MATCHALL "\n  [a-z][a-z-]* +[^\n]+" lines "${overview}")
+set(COMMANDS "")
+foreach(line IN LISTS lines)
+    string(REGEX MATCH "^\n  ([a-z-]+) +(.*)$" line "${line}")
+    set(command "${CMAKE_MATCH_1}")
+    help_of(text ${command})
+    # The text as it stands: what roff would take for its own is escaped.
+    string(REPLACE "\\" "\\e" text "${text}")
+    string(REPLACE "-" "\\-" text "${text}")
+    string(REPLACE "\n." "\n\\&." text "${text}")
+    string(REPLACE "\n'" "\n\\&'" text "${text}")
+    string(REPLACE "-" "\\-" heading "${command}")
+    string(APPEND COMMANDS ".SS ${heading}\n.in 1n\n.nf\n${text}.fi\n.in\n")
+endforeach()
+if(NOT COMMANDS)
+    message(FATAL_ERROR "${PROGRAM} --help lists no commands")
+endif()
+configure_file("${IN}" "${OUT}" @ONLY)
