@@ -122,6 +122,10 @@ Reply putPlan(const Call& call)
     if (plan.document != before.document) {
         call.store.updatePlan(plan);
     }
+    if (plan.category != before.category) {
+        // Or clients, who ask for the nodes of a plan in the plan's category, would find none of them.
+        call.store.moveNodes(plan.id, before.category, plan.category);
+    }
     if (input.hasNodes) {
         replaceNodes(call, plan, input);
     }

@@ -85,6 +85,15 @@ void SqliteStore::updatePlanNode(const PlanNodeRecord& node)
         .finish();
 }
 
+void SqliteStore::moveNodes(const QString& planId, const QString& fromCategory, const QString& toCategory)
+{
+    m_database
+        ->run(sql("UPDATE planNodes SET category = ?, document = json_set(document, '$.category', ?)"
+                  " WHERE planId = ? AND category = ?"),
+              {orEmpty(toCategory), orEmpty(toCategory), planId, orEmpty(fromCategory)})
+        .finish();
+}
+
 void SqliteStore::keepPlanNodes(const QString& planId, const QStringList& ids)
 {
     // As one list, whose size no limit on the number of parameters holds down.

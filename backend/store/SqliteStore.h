@@ -60,6 +60,7 @@ public:
     bool addPlanNode(const PlanNodeRecord& node) override;
     void insertDocument(const DocumentRecord& document) override;
     void updatePlan(const PlanRecord& plan) override;
+    void moveNodes(const QString& planId, const QString& fromCategory, const QString& toCategory) override;
     void updatePlanNode(const PlanNodeRecord& node) override;
     void keepPlanNodes(const QString& planId, const QStringList& ids) override;
     bool removePlanNode(const QString& planNodeId) override;

@@ -261,6 +261,8 @@ public:
 
     /// Writes every field of the plan that has this id.
     virtual void updatePlan(const PlanRecord& plan) = 0;
+    /// Moves the plan's nodes of one category into another; their stamps stay.
+    virtual void moveNodes(const QString& planId, const QString& fromCategory, const QString& toCategory) = 0;
     /// Writes every field of the node that has this id.
     virtual void updatePlanNode(const PlanNodeRecord& node) = 0;
     /// Removes the plan's nodes whose ids are not among @p ids.

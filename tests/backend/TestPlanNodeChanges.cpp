@@ -201,6 +201,35 @@ private Q_SLOTS:
         QCOMPARE(m_service.get(list).body, before);
     }
 
+    void goesAlongWithThePlansCategory()
+    {
+        const QByteArray plan = m_service.newPlan("p1"_s, "c1"_s);
+        const QByteArray list = "plans/" + plan + "/planNodes";
+        QJsonObject apart = task("apart"_s, 2);
+        apart.insert("category"_s, "c9"_s);
+        QCOMPARE(m_service.send("POST", list, listJson(QJsonArray{task("along"_s, 1), apart})).status, 200);
+        const QByteArray other = m_service.newPlan("p1"_s, "c1"_s);
+        QCOMPARE(
+            m_service
+                .send("POST", "plans/" + other + "/planNodes", listJson(QJsonArray{task("of another"_s, 1)}))
+                .status,
+            200);
+
+        for (const QString& category : {"c2"_s, QString(), "c3"_s}) {
+            const QJsonArray before = arrayOf(m_service.get(list));
+            QCOMPARE(m_service.send("PUT", "plans/" + plan, jsonOf({{"category"_s, category}})).status, 200);
+            QJsonObject along = before.at(0).toObject();
+            along.insert("category"_s, category);
+            QCOMPARE(arrayOf(m_service.get(list)), (QJsonArray{along, before.at(1)}));
+            const QByteArray inCategory = list + "?category=" + category.toUtf8();
+            if (!category.isEmpty()) {
+                QCOMPARE(namesOf(arrayOf(m_service.get(inCategory))), QStringList{"along"_s});
+            }
+        }
+        QCOMPARE(namesOf(arrayOf(m_service.get("plans/" + other + "/planNodes?category=c1"))),
+                 QStringList{"of another"_s});
+    }
+
     void needsRights()
     {
         ServiceProcess service;
