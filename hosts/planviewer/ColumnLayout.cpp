@@ -9,6 +9,18 @@
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QMenu>
 
+namespace {
+
+// Summary tasks are bold, and wider.
+QFontMetrics boldMetrics(const QWidget* widget)
+{
+    QFont font = widget->font();
+    font.setBold(true);
+    return QFontMetrics(font);
+}
+
+} // namespace
+
 ColumnLayout::ColumnLayout(QHeaderView* header, PlanClient* client, QObject* parent)
     : QObject(parent)
     , m_header(header)
@@ -24,7 +36,7 @@ ColumnLayout::ColumnLayout(QHeaderView* header, PlanClient* client, QObject* par
         m_actions.append(action);
         connect(action, &QAction::triggered, this,
                 [this, column](bool isShown) { setColumnHidden(column, !isShown); });
-        m_widths.insert(TaskColumn::key(column), TaskColumn::defaultWidth(column));
+        m_widths.insert(TaskColumn::key(column), TaskColumn::defaultWidth(column, boldMetrics(m_header)));
     }
     m_menu->addSeparator();
     connect(m_menu->addAction(tr("&Default columns")), &QAction::triggered, this,
@@ -123,7 +135,7 @@ void ColumnLayout::resetToDefaults()
 {
     m_client->saveHiddenColumns({});
     for (int column = 0; column < TaskColumn::Count; ++column) {
-        m_widths.insert(TaskColumn::key(column), TaskColumn::defaultWidth(column));
+        m_widths.insert(TaskColumn::key(column), TaskColumn::defaultWidth(column, boldMetrics(m_header)));
         m_header->moveSection(m_header->visualIndex(column), column);
     }
     apply(KvPlanSetting::instance()->GetGanttHideHeader());

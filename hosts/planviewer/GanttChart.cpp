@@ -102,10 +102,10 @@ void GanttChart::zoomTo(int step, int anchor)
     Q_EMIT zoomChanged();
 }
 
-void GanttChart::zoomToFit()
+void GanttChart::zoomToFit(int width)
 {
     const auto [from, to] = span();
-    zoomTo(GanttScale::stepFor(double(from.daysTo(to)) + 1, viewport()->width()), 0);
+    zoomTo(GanttScale::stepFor(double(from.daysTo(to)) + 31, width), 0);
     horizontalScrollBar()->setValue(0);
 }
 

@@ -25,8 +25,9 @@ public:
 
     void zoomIn() { zoomTo(m_scale.step() - 1, viewport()->width() / 2); }
     void zoomOut() { zoomTo(m_scale.step() + 1, viewport()->width() / 2); }
-    /// Makes the whole plan fit into the width.
-    void zoomToFit();
+    /// Makes the whole plan fit into the visible width, or into that of a picture.
+    void zoomToFit() { zoomToFit(viewport()->width()); }
+    void zoomToFit(int width);
     /// Scrolls so that the date, the bar of the task or the line of today can be seen.
     void showDate(const QDateTime& date);
     void showTask(int position);

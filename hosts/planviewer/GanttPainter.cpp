@@ -101,11 +101,11 @@ void GanttPainter::paintBody(QPainter* painter, const QRectF& exposed, const QPa
     const int last = qMin(m_rows->count() - 1, int(exposed.bottom()) / m_rowHeight);
     paintRows(painter, exposed, palette, first, last);
     paintLinks(painter, exposed, palette, first, last);
-    for (int row = first; row <= last; ++row)
-        paintItem(painter, m_rows->positionAt(row), palette, font);
     painter->setPen(QPen(QColor(0xd0, 0x30, 0x30), 1.5));
     const double today = m_scale->xOf(m_now);
     painter->drawLine(QPointF(today, exposed.top()), QPointF(today, exposed.bottom()));
+    for (int row = first; row <= last; ++row)
+        paintItem(painter, m_rows->positionAt(row), palette, font);
     painter->restore();
 }
 
@@ -155,14 +155,22 @@ void GanttPainter::paintItem(QPainter* painter, int position, const QPalette& pa
     option.fontMetrics = QFontMetrics(font);
     option.grid = &m_scale->grid();
     option.itemRect = bar;
-    option.text = m_model->tasks().at(position).node.name;
-    option.displayPosition = KGantt::StyleOptionGanttItem::Right;
-    option.displayAlignment = Qt::AlignVCenter;
-    option.boundingRect =
-        QRectF(bar.left(), m_rows->rowOf(position) * m_rowHeight,
-               bar.width() + option.fontMetrics.horizontalAdvance(option.text) + 24, m_rowHeight);
-    option.rect = option.boundingRect.toAlignedRect();
+    option.displayPosition = KGantt::StyleOptionGanttItem::Hidden;
+    option.boundingRect = bar;
+    option.rect = bar.toAlignedRect();
     m_delegate.paintGanttItem(painter, option, index);
+    // The name, on a ground that keeps arrows out of it.
+    const QString name = m_model->tasks().at(position).node.name;
+    const double end = qMax(bar.right(), actual.isNull() ? 0.0 : actual.right());
+    const QRectF label(end + 8, m_rows->rowOf(position) * m_rowHeight + 2.0,
+                       option.fontMetrics.horizontalAdvance(name) + 6, m_rowHeight - 4.0);
+    if (position != m_current) {
+        QColor ground = palette.color(QPalette::Base);
+        ground.setAlphaF(0.8);
+        painter->fillRect(label, ground);
+    }
+    painter->setPen(palette.color(QPalette::Text));
+    painter->drawText(label, Qt::AlignCenter, name);
 }
 
 void GanttPainter::paintLinks(QPainter* painter, const QRectF& exposed, const QPalette& palette, int first,

@@ -49,6 +49,8 @@ void MainWindow::buildEditMenu()
     undo->setShortcut(QKeySequence::Undo);
     QAction* const redo = m_page->undoStack()->createRedoAction(this, tr("Redo"));
     redo->setObjectName(QStringLiteral("redo"));
+    undo->setIconText(tr("Undo")); // the tool bar has no room for what it undoes
+    redo->setIconText(tr("Redo"));
     redo->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_Z);
     menu->addActions({undo, redo});
     menu->addSeparator();

@@ -49,7 +49,7 @@ MainWindow::MainWindow(PlanClient* client, QWidget* parent)
     buildToolBar();
     buildStatusBar();
     resizeDocks({dock}, {270}, Qt::Horizontal);
-    resize(1480, 860);
+    resize(1680, 900);
     restoreGeometry(Preferences::windowGeometry());
 
     connect(m_list, &PlanListPanel::opened, this, &MainWindow::openPlan);

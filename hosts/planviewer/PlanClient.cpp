@@ -56,6 +56,7 @@ PlanClient::PlanClient(QObject* parent)
                 m_hasFailed = true;
             });
     m_patience.setSingleShot(true);
+    m_patience.setTimerType(Qt::PreciseTimer); // a coarse one may be early
     m_patience.setInterval(patienceMs);
 }
 

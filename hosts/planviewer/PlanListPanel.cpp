@@ -114,7 +114,7 @@ void PlanListPanel::refresh()
         return;
     const QString id = selected().id;
     m_model.setPlans(plans);
-    m_count->setText(tr("%n plan(s)", nullptr, plans.size()));
+    m_count->setText(tr("Plans: %1").arg(plans.size()));
     select(id);
     Q_EMIT selectionChanged();
 }

@@ -46,6 +46,8 @@ PlanPage::PlanPage(PlanClient* client, QWidget* parent)
     m_tree->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // the chart has one for both
     m_tree->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
     m_tree->setModel(m_model);
+    // The chart's header beside it has two lines.
+    m_tree->header()->setFixedHeight(2 * m_tree->fontMetrics().height() + 14);
     m_rows = new GanttRows(m_tree, m_model, this);
     m_chart = new GanttChart(m_tree, m_model, m_rows);
     m_chart->setObjectName(QStringLiteral("ganttChart"));
@@ -60,7 +62,7 @@ PlanPage::PlanPage(PlanClient* client, QWidget* parent)
     splitter->setStretchFactor(1, 5);
     splitter->setStretchFactor(2, 2);
     splitter->setChildrenCollapsible(true);
-    splitter->setSizes({460, 560, 240});
+    splitter->setSizes({630, 560, 200});
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(splitter);
@@ -163,6 +165,14 @@ void PlanPage::expandSome()
         level = below;
     }
     m_rows->invalidate();
+}
+
+void PlanPage::expandLevels(int levels)
+{
+    m_tree->collapseAll();
+    if (levels > 1)
+        m_tree->expandToDepth(levels - 2);
+    m_rows->invalidate(); // neither tells anybody
 }
 
 void PlanPage::expandAll()

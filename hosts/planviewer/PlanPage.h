@@ -51,6 +51,8 @@ public:
     void reportProgress();
 
     void expandAll();
+    /// Shows the first levels of the tree; 1 shows the top level alone.
+    void expandLevels(int levels);
     void collapseAll();
     /// The day that states are told for and that the line marks.
     void setNow(const QDateTime& now);

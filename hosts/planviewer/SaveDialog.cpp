@@ -47,13 +47,13 @@ SaveDialog::SaveDialog(const SaveList& list, const QList<KvPlanNode>& before, QW
         return item;
     };
     if (!list.toCreate.isEmpty()) {
-        auto* const created = group(tr("%n task(s) will be created", nullptr, list.toCreate.size()));
+        auto* const created = group(tr("To be created: %1").arg(list.toCreate.size()));
         for (const KvPlanNode& task : list.toCreate)
             new QTreeWidgetItem(created, {task.name, TaskText::date(task.startDate) + QStringLiteral(" – ") +
                                                          TaskText::date(task.finishDate)});
     }
     if (!list.toUpdate.isEmpty()) {
-        auto* const updated = group(tr("%n task(s) will be updated", nullptr, list.toUpdate.size()));
+        auto* const updated = group(tr("To be updated: %1").arg(list.toUpdate.size()));
         for (int i = 0; i < list.toUpdate.size(); ++i)
             new QTreeWidgetItem(
                 updated, {list.toUpdate.at(i).name,

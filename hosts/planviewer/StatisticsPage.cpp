@@ -112,7 +112,7 @@ bool StatisticsPage::refresh()
 
 void StatisticsPage::showStatistics(const KvPlanStatistics& statistics)
 {
-    m_total->setText(tr("%n task(s) in all", nullptr, statistics.total));
+    m_total->setText(tr("Tasks in all: %1").arg(statistics.total));
     QVector<BarChart::Bar> bars;
     for (const KvStatusStatistics& status : statistics.items) {
         BarChart::Bar bar{wordText(status.status), {}};

@@ -1,6 +1,7 @@
 #include "TaskColumns.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtGui/QFontMetrics>
 
 namespace {
 
@@ -8,21 +9,21 @@ struct Description
 {
     const char* key;
     const char* title;
-    int width; // pixels
+    const char* sample; // about as wide as its contents get
 };
 
 constexpr Description columns[TaskColumn::Count] = {
-    {"name", QT_TRANSLATE_NOOP("TaskColumn", "Task"), 260},
-    {"startDate", QT_TRANSLATE_NOOP("TaskColumn", "Start"), 100},
-    {"finishDate", QT_TRANSLATE_NOOP("TaskColumn", "Finish"), 100},
-    {"finishedPercentage", QT_TRANSLATE_NOOP("TaskColumn", "Done"), 70},
-    {"actualStartDate", QT_TRANSLATE_NOOP("TaskColumn", "Actual start"), 110},
-    {"actualFinishDate", QT_TRANSLATE_NOOP("TaskColumn", "Actual finish"), 110},
-    {"state", QT_TRANSLATE_NOOP("TaskColumn", "State"), 160},
-    {"predecessors", QT_TRANSLATE_NOOP("TaskColumn", "Predecessors"), 130},
-    {"userIds", QT_TRANSLATE_NOOP("TaskColumn", "Responsible"), 120},
-    {"planWorkload", QT_TRANSLATE_NOOP("TaskColumn", "Planned work"), 110},
-    {"actualWorkload", QT_TRANSLATE_NOOP("TaskColumn", "Actual work"), 110},
+    {"name", QT_TRANSLATE_NOOP("TaskColumn", "Task"), "Reinforcement and formwork"},
+    {"startDate", QT_TRANSLATE_NOOP("TaskColumn", "Start"), "2026-03-05"},
+    {"finishDate", QT_TRANSLATE_NOOP("TaskColumn", "Finish"), "2026-03-05"},
+    {"finishedPercentage", QT_TRANSLATE_NOOP("TaskColumn", "Done"), "100 %"},
+    {"actualStartDate", QT_TRANSLATE_NOOP("TaskColumn", "Actual start"), "2026-03-05"},
+    {"actualFinishDate", QT_TRANSLATE_NOOP("TaskColumn", "Actual finish"), "2026-03-05"},
+    {"state", QT_TRANSLATE_NOOP("TaskColumn", "State"), "Finished (ahead of time)"},
+    {"predecessors", QT_TRANSLATE_NOOP("TaskColumn", "Predecessors"), "123FS+12d, 124SS"},
+    {"userIds", QT_TRANSLATE_NOOP("TaskColumn", "Responsible"), "chen.jie, li.na"},
+    {"planWorkload", QT_TRANSLATE_NOOP("TaskColumn", "Planned work"), "12000"},
+    {"actualWorkload", QT_TRANSLATE_NOOP("TaskColumn", "Actual work"), "12000"},
 };
 
 } // namespace
@@ -39,9 +40,11 @@ QString title(int column)
     return QCoreApplication::translate("TaskColumn", columns[column].title);
 }
 
-int defaultWidth(int column)
+int defaultWidth(int column, const QFontMetrics& metrics)
 {
-    return columns[column].width;
+    constexpr int margins = 30; // with the sort mark that some styles leave room for
+    return margins + qMax(metrics.horizontalAdvance(QString::fromLatin1(columns[column].sample)),
+                          metrics.horizontalAdvance(title(column)));
 }
 
 } // namespace TaskColumn

@@ -2,6 +2,8 @@
 
 #include <QtCore/QString>
 
+class QFontMetrics;
+
 /// The columns of the task tree, in their original order.
 namespace TaskColumn {
 
@@ -25,6 +27,7 @@ enum Column
 QString key(int column);
 /// The heading, in the user's language.
 QString title(int column);
-int defaultWidth(int column);
+/// In pixels; wide enough for the heading and what usually stands below it.
+int defaultWidth(int column, const QFontMetrics& metrics);
 
 } // namespace TaskColumn

@@ -1,4 +1,5 @@
 #include "Appearance.h"
+#include "GanttChart.h"
 #include "GanttExport.h"
 #include "MainWindow.h"
 #include "PlanClient.h"
@@ -74,6 +75,7 @@ int main(int argc, char* argv[])
     const QString theme = option("theme", "light, dark or system.", "name");
     const QString plan = option("plan", "Opens this plan.", "id");
     const QString gantt = option("gantt", "Writes the plan's Gantt chart (png, svg, pdf) and ends.", "file");
+    const QString levels = option("levels", "Levels of the task tree in the written chart.", "number");
     const QString screenshots =
         option("screenshots", "Writes pictures of the main views and ends.", "folder");
     const QString now = option("now", "The moment taken for now, as 2026-06-15T12:00.", "time");
@@ -112,6 +114,10 @@ int main(int argc, char* argv[])
     if (line.isSet(screenshots))
         return writeScreenshots(window, line.value(screenshots)) ? 0 : 3;
     if (line.isSet(gantt)) {
+        constexpr int width = 1600; // of the chart's part of the picture
+        window.planPage()->chart()->zoomToFit(width);
+        if (line.isSet(levels))
+            window.planPage()->expandLevels(qMax(1, line.value(levels).toInt()));
         const QString fault = exportGantt(*window.planPage(), line.value(gantt));
         if (!fault.isEmpty())
             complain(fault);

@@ -1,0 +1,948 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="zh_CN" sourcelanguage="en">
+<context>
+    <name>BarChart</name>
+    <message>
+        <source>Nothing to count yet</source>
+        <translation>暂无可统计的内容</translation>
+    </message>
+</context>
+<context>
+    <name>ColumnLayout</name>
+    <message>
+        <source>&amp;Columns</source>
+        <translation>列(&amp;C)</translation>
+    </message>
+    <message>
+        <source>&amp;Default columns</source>
+        <translation>默认列(&amp;D)</translation>
+    </message>
+</context>
+<context>
+    <name>DetailsPanel</name>
+    <message>
+        <source>Details of the task</source>
+        <translation>任务详情</translation>
+    </message>
+    <message>
+        <source>Select a task to see its details.</source>
+        <translation>选择一个任务以查看其详情。</translation>
+    </message>
+    <message>
+        <source>State:</source>
+        <translation>状态：</translation>
+    </message>
+    <message>
+        <source>Planned:</source>
+        <translation>计划：</translation>
+    </message>
+    <message>
+        <source>Actual:</source>
+        <translation>实际：</translation>
+    </message>
+    <message>
+        <source>Done:</source>
+        <translation>完成：</translation>
+    </message>
+    <message>
+        <source>Workload, planned / actual:</source>
+        <translation>工程量，计划 / 实际：</translation>
+    </message>
+    <message>
+        <source>Remark:</source>
+        <translation>备注：</translation>
+    </message>
+    <message>
+        <source>People</source>
+        <translation>人员</translation>
+    </message>
+    <message>
+        <source>Responsible:</source>
+        <translation>负责：</translation>
+    </message>
+    <message>
+        <source>Executing:</source>
+        <translation>执行：</translation>
+    </message>
+    <message>
+        <source>Cooperating:</source>
+        <translation>协作：</translation>
+    </message>
+    <message>
+        <source>Documents</source>
+        <translation>文档</translation>
+    </message>
+    <message>
+        <source>Material bills</source>
+        <translation>物料清单</translation>
+    </message>
+    <message>
+        <source>Linked entities</source>
+        <translation>关联构件</translation>
+    </message>
+    <message>
+        <source>Reports</source>
+        <translation>反馈</translation>
+    </message>
+    <message>
+        <source>Show what was reported</source>
+        <translation>显示反馈记录</translation>
+    </message>
+    <message>
+        <source>Nothing was reported yet.</source>
+        <translation>尚无反馈。</translation>
+    </message>
+</context>
+<context>
+    <name>GanttChart</name>
+    <message>
+        <source>Gantt chart</source>
+        <translation>甘特图</translation>
+    </message>
+</context>
+<context>
+    <name>GanttExport</name>
+    <message>
+        <source>A picture's name ends in .png, .svg or .pdf.</source>
+        <translation>图片的文件名应以 .png、.svg 或 .pdf 结尾。</translation>
+    </message>
+    <message>
+        <source>The picture would be too large; zoom out, collapse tasks, or take SVG or PDF.</source>
+        <translation>图片过大；请缩小比例、折叠任务，或选择 SVG 或 PDF。</translation>
+    </message>
+    <message>
+        <source>The picture could not be painted; it may be too large.</source>
+        <translation>图片无法绘制，可能过大。</translation>
+    </message>
+</context>
+<context>
+    <name>MainWindow</name>
+    <message>
+        <source>&amp;Plan</source>
+        <translation>计划(&amp;P)</translation>
+    </message>
+    <message>
+        <source>&amp;Open</source>
+        <translation>打开(&amp;O)</translation>
+    </message>
+    <message>
+        <source>&amp;Save…</source>
+        <translation>保存(&amp;S)…</translation>
+    </message>
+    <message>
+        <source>Read &amp;again</source>
+        <translation>重新读取(&amp;A)</translation>
+    </message>
+    <message>
+        <source>Export &amp;Gantt chart…</source>
+        <translation>导出甘特图(&amp;G)…</translation>
+    </message>
+    <message>
+        <source>&amp;Quit</source>
+        <translation>退出(&amp;Q)</translation>
+    </message>
+    <message>
+        <source>&amp;Edit</source>
+        <translation>编辑(&amp;E)</translation>
+    </message>
+    <message>
+        <source>Undo</source>
+        <translation>撤销</translation>
+    </message>
+    <message>
+        <source>Redo</source>
+        <translation>重做</translation>
+    </message>
+    <message>
+        <source>&amp;Add task</source>
+        <translation>添加任务(&amp;A)</translation>
+    </message>
+    <message>
+        <source>Add &amp;subtask</source>
+        <translation>添加子任务(&amp;S)</translation>
+    </message>
+    <message>
+        <source>&amp;Report progress…</source>
+        <translation>反馈进度(&amp;R)…</translation>
+    </message>
+    <message>
+        <source>&amp;Find a task</source>
+        <translation>查找任务(&amp;F)</translation>
+    </message>
+    <message>
+        <source>Find &amp;next</source>
+        <translation>查找下一个(&amp;N)</translation>
+    </message>
+    <message>
+        <source>Find &amp;plans</source>
+        <translation>查找计划(&amp;P)</translation>
+    </message>
+    <message>
+        <source>&amp;View</source>
+        <translation>视图(&amp;V)</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;in</source>
+        <translation>放大(&amp;I)</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;out</source>
+        <translation>缩小(&amp;O)</translation>
+    </message>
+    <message>
+        <source>&amp;Whole plan</source>
+        <translation>整个计划(&amp;W)</translation>
+    </message>
+    <message>
+        <source>&amp;Today</source>
+        <translation>今天(&amp;T)</translation>
+    </message>
+    <message>
+        <source>&amp;Expand all</source>
+        <translation>全部展开(&amp;E)</translation>
+    </message>
+    <message>
+        <source>&amp;Collapse all</source>
+        <translation>全部折叠(&amp;C)</translation>
+    </message>
+    <message>
+        <source>Colour by &amp;state</source>
+        <translation>按状态着色(&amp;S)</translation>
+    </message>
+    <message>
+        <source>Colour by &amp;plan</source>
+        <translation>按计划着色(&amp;P)</translation>
+    </message>
+    <message>
+        <source>&amp;Appearance</source>
+        <translation>外观(&amp;A)</translation>
+    </message>
+    <message>
+        <source>As the &amp;system</source>
+        <translation>跟随系统(&amp;S)</translation>
+    </message>
+    <message>
+        <source>&amp;Light</source>
+        <translation>浅色(&amp;L)</translation>
+    </message>
+    <message>
+        <source>&amp;Dark</source>
+        <translation>深色(&amp;D)</translation>
+    </message>
+    <message>
+        <source>The language changes with the next start.</source>
+        <translation>语言将在下次启动时更改。</translation>
+    </message>
+    <message>
+        <source>Tools</source>
+        <translation>工具</translation>
+    </message>
+    <message>
+        <source>Find a task</source>
+        <translation>查找任务</translation>
+    </message>
+    <message>
+        <source>Plans</source>
+        <translation>计划列表</translation>
+    </message>
+    <message>
+        <source>Plan</source>
+        <translation>计划</translation>
+    </message>
+    <message>
+        <source>Statistics</source>
+        <translation>统计</translation>
+    </message>
+    <message>
+        <source>Waiting</source>
+        <translation>等待中</translation>
+    </message>
+    <message>
+        <source>Waiting: %1 …</source>
+        <translation>等待：%1 …</translation>
+    </message>
+    <message>
+        <source>Plan (edited)</source>
+        <translation>计划（已修改）</translation>
+    </message>
+    <message>
+        <source>Open a plan first.</source>
+        <translation>请先打开一个计划。</translation>
+    </message>
+    <message>
+        <source>You may not edit plans of this category.</source>
+        <translation>您无权编辑此类别的计划。</translation>
+    </message>
+    <message>
+        <source>Nothing was changed.</source>
+        <translation>没有任何修改。</translation>
+    </message>
+    <message>
+        <source>Select a task first.</source>
+        <translation>请先选择一个任务。</translation>
+    </message>
+    <message>
+        <source>Save your changes first.</source>
+        <translation>请先保存修改。</translation>
+    </message>
+    <message>
+        <source>You may not export plans of this category.</source>
+        <translation>您无权导出此类别的计划。</translation>
+    </message>
+    <message>
+        <source>Unsaved changes</source>
+        <translation>未保存的修改</translation>
+    </message>
+    <message>
+        <source>The plan "%1" has changes that are not saved.</source>
+        <translation>计划“%1”有未保存的修改。</translation>
+    </message>
+    <message>
+        <source>&amp;Discard</source>
+        <translation>放弃(&amp;D)</translation>
+    </message>
+    <message>
+        <source>&amp;Keep editing</source>
+        <translation>继续编辑(&amp;K)</translation>
+    </message>
+    <message>
+        <source>Export the Gantt chart</source>
+        <translation>导出甘特图</translation>
+    </message>
+    <message>
+        <source>Picture (*.png);;Drawing (*.svg);;Document (*.pdf)</source>
+        <translation>图片 (*.png);;矢量图 (*.svg);;文档 (*.pdf)</translation>
+    </message>
+    <message>
+        <source>Written: %1</source>
+        <translation>已写入：%1</translation>
+    </message>
+    <message>
+        <source>"%1" cannot be written.</source>
+        <translation>无法写入“%1”。</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>关闭(&amp;C)</translation>
+    </message>
+    <message>
+        <source>No task contains "%1".</source>
+        <translation>没有任务包含“%1”。</translation>
+    </message>
+</context>
+<context>
+    <name>PlanActions</name>
+    <message>
+        <source>&amp;New plan…</source>
+        <translation>新建计划(&amp;N)…</translation>
+    </message>
+    <message>
+        <source>&amp;Rename plan…</source>
+        <translation>重命名计划(&amp;R)…</translation>
+    </message>
+    <message>
+        <source>&amp;Copy plan</source>
+        <translation>复制计划(&amp;C)</translation>
+    </message>
+    <message>
+        <source>&amp;Delete plan…</source>
+        <translation>删除计划(&amp;D)…</translation>
+    </message>
+    <message>
+        <source>&amp;Import plan…</source>
+        <translation>导入计划(&amp;I)…</translation>
+    </message>
+    <message>
+        <source>E&amp;xport plan…</source>
+        <translation>导出计划(&amp;X)…</translation>
+    </message>
+    <message>
+        <source>Select a plan first.</source>
+        <translation>请先选择一个计划。</translation>
+    </message>
+    <message>
+        <source>You may not create plans here.</source>
+        <translation>您无权在此创建计划。</translation>
+    </message>
+    <message>
+        <source>You may not edit plans here.</source>
+        <translation>您无权在此编辑计划。</translation>
+    </message>
+    <message>
+        <source>You may not delete plans here.</source>
+        <translation>您无权在此删除计划。</translation>
+    </message>
+    <message>
+        <source>You may not export plans here.</source>
+        <translation>您无权在此导出计划。</translation>
+    </message>
+    <message>
+        <source>&amp;Name</source>
+        <translation>名称(&amp;N)</translation>
+    </message>
+    <message>
+        <source>C&amp;ategory</source>
+        <translation>类别(&amp;A)</translation>
+    </message>
+    <message>
+        <source>&amp;OK</source>
+        <translation>确定(&amp;O)</translation>
+    </message>
+    <message>
+        <source>&amp;Cancel</source>
+        <translation>取消(&amp;C)</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>关闭(&amp;C)</translation>
+    </message>
+    <message>
+        <source>New plan</source>
+        <translation>新建计划</translation>
+    </message>
+    <message>
+        <source>Rename plan</source>
+        <translation>重命名计划</translation>
+    </message>
+    <message>
+        <source>The copy is "%1".</source>
+        <translation>副本为“%1”。</translation>
+    </message>
+    <message>
+        <source>Delete plan</source>
+        <translation>删除计划</translation>
+    </message>
+    <message>
+        <source>Delete the plan "%1" with all its tasks?</source>
+        <translation>删除计划“%1”及其所有任务？</translation>
+    </message>
+    <message>
+        <source>This cannot be undone.</source>
+        <translation>此操作无法撤销。</translation>
+    </message>
+    <message>
+        <source>&amp;Delete</source>
+        <translation>删除(&amp;D)</translation>
+    </message>
+    <message>
+        <source>&amp;Keep</source>
+        <translation>保留(&amp;K)</translation>
+    </message>
+    <message>
+        <source>Import a schedule</source>
+        <translation>导入进度计划</translation>
+    </message>
+    <message>
+        <source>Exchange JSON (*.json);;All files (*)</source>
+        <translation>交换 JSON (*.json);;所有文件 (*)</translation>
+    </message>
+    <message>
+        <source>Import plan</source>
+        <translation>导入计划</translation>
+    </message>
+    <message>
+        <source>"%1" cannot be read.</source>
+        <translation>无法读取“%1”。</translation>
+    </message>
+    <message>
+        <source>"%1" is not in order, so nothing was sent.</source>
+        <translation>“%1”有问题，未发送任何内容。</translation>
+    </message>
+    <message>
+        <source>Export the plan</source>
+        <translation>导出计划</translation>
+    </message>
+    <message>
+        <source>Exchange JSON (*.json)</source>
+        <translation>交换 JSON (*.json)</translation>
+    </message>
+    <message>
+        <source>Export plan</source>
+        <translation>导出计划</translation>
+    </message>
+    <message>
+        <source>"%1" cannot be written.</source>
+        <translation>无法写入“%1”。</translation>
+    </message>
+    <message>
+        <source>Written: %1</source>
+        <translation>已写入：%1</translation>
+    </message>
+</context>
+<context>
+    <name>PlanClient</name>
+    <message>
+        <source>No request could be sent.</source>
+        <translation>无法发送请求。</translation>
+    </message>
+    <message>
+        <source>The service did not answer in time.</source>
+        <translation>服务未及时响应。</translation>
+    </message>
+    <message>
+        <source>The service cannot be reached. Is its address (KV_BASE_API) right?</source>
+        <translation>无法连接服务。其地址（KV_BASE_API）是否正确？</translation>
+    </message>
+    <message>
+        <source>No secure connection could be made.</source>
+        <translation>无法建立安全连接。</translation>
+    </message>
+    <message>
+        <source>The service asks for an access token (KV_ACCESS_TOKEN).</source>
+        <translation>服务要求访问令牌（KV_ACCESS_TOKEN）。</translation>
+    </message>
+    <message>
+        <source>You do not have the right to do this.</source>
+        <translation>您没有执行此操作的权限。</translation>
+    </message>
+    <message>
+        <source>It is no longer there.</source>
+        <translation>它已不存在。</translation>
+    </message>
+    <message>
+        <source>The service refused it.</source>
+        <translation>服务拒绝了请求。</translation>
+    </message>
+    <message>
+        <source>The answer is not that of a schedule service.</source>
+        <translation>响应并非来自进度服务。</translation>
+    </message>
+    <message>
+        <source>The connection was lost.</source>
+        <translation>连接已断开。</translation>
+    </message>
+    <message>
+        <source>Not done: %1</source>
+        <translation>未完成：%1</translation>
+    </message>
+    <message>
+        <source>The service may have made the change all the same; read again before you repeat it.</source>
+        <translation>服务可能已经做了修改；重试前请重新读取。</translation>
+    </message>
+    <message>
+        <source>read the list of plans</source>
+        <translation>读取计划列表</translation>
+    </message>
+    <message>
+        <source>read the plan</source>
+        <translation>读取计划</translation>
+    </message>
+    <message>
+        <source>create the plan "%1"</source>
+        <translation>创建计划“%1”</translation>
+    </message>
+    <message>
+        <source>rename the plan to "%1"</source>
+        <translation>将计划重命名为“%1”</translation>
+    </message>
+    <message>
+        <source>copy the plan</source>
+        <translation>复制计划</translation>
+    </message>
+    <message>
+        <source>delete the plan "%1"</source>
+        <translation>删除计划“%1”</translation>
+    </message>
+    <message>
+        <source>read the tasks</source>
+        <translation>读取任务</translation>
+    </message>
+    <message>
+        <source>save the tasks</source>
+        <translation>保存任务</translation>
+    </message>
+    <message>
+        <source>read the reports of the task</source>
+        <translation>读取任务反馈</translation>
+    </message>
+    <message>
+        <source>report progress</source>
+        <translation>反馈进度</translation>
+    </message>
+    <message>
+        <source>count the tasks</source>
+        <translation>统计任务</translation>
+    </message>
+    <message>
+        <source>count the finished tasks</source>
+        <translation>统计已完成的任务</translation>
+    </message>
+    <message>
+        <source>ask for your rights</source>
+        <translation>查询您的权限</translation>
+    </message>
+    <message>
+        <source>read which columns are hidden</source>
+        <translation>读取隐藏的列</translation>
+    </message>
+    <message>
+        <source>keep which columns are hidden</source>
+        <translation>保存隐藏的列</translation>
+    </message>
+</context>
+<context>
+    <name>PlanListModel</name>
+    <message>
+        <source>(no name)</source>
+        <translation>（无名称）</translation>
+    </message>
+    <message>
+        <source>Plan</source>
+        <translation>计划</translation>
+    </message>
+    <message>
+        <source>Category</source>
+        <translation>类别</translation>
+    </message>
+    <message>
+        <source>Changed</source>
+        <translation>修改时间</translation>
+    </message>
+    <message>
+        <source>By</source>
+        <translation>修改人</translation>
+    </message>
+</context>
+<context>
+    <name>PlanListPanel</name>
+    <message>
+        <source>Changed &amp;between</source>
+        <translation>修改时间范围(&amp;B)</translation>
+    </message>
+    <message>
+        <source>Plans</source>
+        <translation>计划列表</translation>
+    </message>
+    <message>
+        <source>any</source>
+        <translation>任意</translation>
+    </message>
+    <message>
+        <source>First day</source>
+        <translation>起始日</translation>
+    </message>
+    <message>
+        <source>Last day</source>
+        <translation>截止日</translation>
+    </message>
+    <message>
+        <source>&amp;Find</source>
+        <translation>查找(&amp;F)</translation>
+    </message>
+    <message>
+        <source>&amp;Name</source>
+        <translation>名称(&amp;N)</translation>
+    </message>
+    <message>
+        <source>C&amp;ategory</source>
+        <translation>类别(&amp;A)</translation>
+    </message>
+    <message>
+        <source>Plans: %1</source>
+        <translation>计划数：%1</translation>
+    </message>
+</context>
+<context>
+    <name>PlanPage</name>
+    <message>
+        <source>Tasks</source>
+        <translation>任务</translation>
+    </message>
+    <message>
+        <source>"%1" is not in the plan.</source>
+        <translation>“%1”不在计划中。</translation>
+    </message>
+    <message>
+        <source>Saved: %1 created, %2 updated.</source>
+        <translation>已保存：新建 %1 个，更新 %2 个。</translation>
+    </message>
+    <message>
+        <source>The service keeps them as they were sent.</source>
+        <translation>服务按发送的内容保存。</translation>
+    </message>
+    <message>
+        <source>Kept otherwise</source>
+        <translation>保存结果不同</translation>
+    </message>
+    <message>
+        <source>The service keeps some tasks otherwise than they were sent.</source>
+        <translation>服务保存的部分任务与发送的内容不同。</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>关闭(&amp;C)</translation>
+    </message>
+    <message>
+        <source>New task</source>
+        <translation>新任务</translation>
+    </message>
+    <message>
+        <source>Reported on "%1".</source>
+        <translation>已反馈“%1”。</translation>
+    </message>
+</context>
+<context>
+    <name>ReportDialog</name>
+    <message>
+        <source>Report progress</source>
+        <translation>反馈进度</translation>
+    </message>
+    <message>
+        <source>&amp;Done</source>
+        <translation>完成(&amp;D)</translation>
+    </message>
+    <message>
+        <source>Actual &amp;start</source>
+        <translation>实际开始(&amp;S)</translation>
+    </message>
+    <message>
+        <source>Actual &amp;finish</source>
+        <translation>实际完成(&amp;F)</translation>
+    </message>
+    <message>
+        <source>&amp;Remark</source>
+        <translation>备注(&amp;R)</translation>
+    </message>
+    <message>
+        <source>&amp;Report</source>
+        <translation>反馈(&amp;R)</translation>
+    </message>
+    <message>
+        <source>&amp;Cancel</source>
+        <translation>取消(&amp;C)</translation>
+    </message>
+    <message>
+        <source>Write dates as 2026-03-05, or leave them empty.</source>
+        <translation>日期请写作 2026-03-05，或留空。</translation>
+    </message>
+</context>
+<context>
+    <name>SaveDialog</name>
+    <message>
+        <source>Save the plan</source>
+        <translation>保存计划</translation>
+    </message>
+    <message>
+        <source>What will be saved</source>
+        <translation>将要保存的内容</translation>
+    </message>
+    <message>
+        <source>Task</source>
+        <translation>任务</translation>
+    </message>
+    <message>
+        <source>Change</source>
+        <translation>修改</translation>
+    </message>
+    <message>
+        <source>To be created: %1</source>
+        <translation>将新建：%1</translation>
+    </message>
+    <message>
+        <source>To be updated: %1</source>
+        <translation>将更新：%1</translation>
+    </message>
+    <message>
+        <source>&amp;Save</source>
+        <translation>保存(&amp;S)</translation>
+    </message>
+    <message>
+        <source>&amp;Cancel</source>
+        <translation>取消(&amp;C)</translation>
+    </message>
+    <message>
+        <source>The service will be asked for these changes:</source>
+        <translation>将请求服务做以下修改：</translation>
+    </message>
+</context>
+<context>
+    <name>StatisticsPage</name>
+    <message>
+        <source>Not started</source>
+        <translation>未开始</translation>
+    </message>
+    <message>
+        <source>In progress</source>
+        <translation>执行中</translation>
+    </message>
+    <message>
+        <source>Finished</source>
+        <translation>已完成</translation>
+    </message>
+    <message>
+        <source>On time</source>
+        <translation>正常</translation>
+    </message>
+    <message>
+        <source>Delayed</source>
+        <translation>延期</translation>
+    </message>
+    <message>
+        <source>Ahead</source>
+        <translation>提前</translation>
+    </message>
+    <message>
+        <source>Tasks by status and situation</source>
+        <translation>按状态与情况统计任务</translation>
+    </message>
+    <message>
+        <source>Finished tasks over time</source>
+        <translation>按时间统计完成的任务</translation>
+    </message>
+    <message>
+        <source>any category</source>
+        <translation>任意类别</translation>
+    </message>
+    <message>
+        <source>Category</source>
+        <translation>类别</translation>
+    </message>
+    <message>
+        <source>Period</source>
+        <translation>周期</translation>
+    </message>
+    <message>
+        <source>by day</source>
+        <translation>按日</translation>
+    </message>
+    <message>
+        <source>by week</source>
+        <translation>按周</translation>
+    </message>
+    <message>
+        <source>by month</source>
+        <translation>按月</translation>
+    </message>
+    <message>
+        <source>by year</source>
+        <translation>按年</translation>
+    </message>
+    <message>
+        <source>&amp;Count</source>
+        <translation>统计(&amp;C)</translation>
+    </message>
+    <message>
+        <source>Your tasks</source>
+        <translation>您的任务</translation>
+    </message>
+    <message>
+        <source>Tasks in all: %1</source>
+        <translation>任务总数：%1</translation>
+    </message>
+</context>
+<context>
+    <name>TaskColumn</name>
+    <message>
+        <source>Task</source>
+        <translation>任务</translation>
+    </message>
+    <message>
+        <source>Start</source>
+        <translation>开始</translation>
+    </message>
+    <message>
+        <source>Finish</source>
+        <translation>完成</translation>
+    </message>
+    <message>
+        <source>Done</source>
+        <translation>进度</translation>
+    </message>
+    <message>
+        <source>Actual start</source>
+        <translation>实际开始</translation>
+    </message>
+    <message>
+        <source>Actual finish</source>
+        <translation>实际完成</translation>
+    </message>
+    <message>
+        <source>State</source>
+        <translation>状态</translation>
+    </message>
+    <message>
+        <source>Predecessors</source>
+        <translation>前置任务</translation>
+    </message>
+    <message>
+        <source>Responsible</source>
+        <translation>负责人</translation>
+    </message>
+    <message>
+        <source>Planned work</source>
+        <translation>计划工程量</translation>
+    </message>
+    <message>
+        <source>Actual work</source>
+        <translation>实际工程量</translation>
+    </message>
+</context>
+<context>
+    <name>TaskCommands</name>
+    <message>
+        <source>change of %1 of "%2"</source>
+        <translation>修改“%2”的%1</translation>
+    </message>
+    <message>
+        <source>new task "%1"</source>
+        <translation>新任务“%1”</translation>
+    </message>
+</context>
+<context>
+    <name>TaskEdit</name>
+    <message>
+        <source>"%1" is no date; write it as 2026-03-05.</source>
+        <translation>“%1”不是日期；请写作 2026-03-05。</translation>
+    </message>
+    <message>
+        <source>The task would finish before it starts.</source>
+        <translation>任务的完成时间将早于开始时间。</translation>
+    </message>
+    <message>
+        <source>The task would have finished before it started.</source>
+        <translation>任务的实际完成时间将早于实际开始时间。</translation>
+    </message>
+    <message>
+        <source>A task needs a name.</source>
+        <translation>任务需要名称。</translation>
+    </message>
+    <message>
+        <source>Progress is a number from 0 to 100.</source>
+        <translation>进度是 0 到 100 的数字。</translation>
+    </message>
+</context>
+<context>
+    <name>TaskModel</name>
+    <message>
+        <source>A summary task follows its subtasks.</source>
+        <translation>摘要任务由其子任务决定。</translation>
+    </message>
+</context>
+<context>
+    <name>TaskText</name>
+    <message>
+        <source>Planned:</source>
+        <translation>计划：</translation>
+    </message>
+    <message>
+        <source>Actual:</source>
+        <translation>实际：</translation>
+    </message>
+</context>
+<context>
+    <name>main</name>
+    <message>
+        <source>Not done</source>
+        <translation>未完成</translation>
+    </message>
+    <message>
+        <source>&amp;Try again</source>
+        <translation>重试(&amp;T)</translation>
+    </message>
+    <message>
+        <source>&amp;Leave it</source>
+        <translation>放弃(&amp;L)</translation>
+    </message>
+</context>
+</TS>
