@@ -35,7 +35,7 @@ public:
     {
     }
 
-    // @return false when that failed; it has been complained about then.
+    // All that may fail here have complained about it when they return false.
     bool read()
     {
         KvPlan plan;
@@ -43,14 +43,33 @@ public:
             return false;
         // Tasks are listed and created in the current project; those of a plan stand in the plan's.
         GetSoftCache()->setCurrentProjectId(plan.projectId);
-        if (!readList())
+        {
+            const Progress progress(QStringLiteral("reading the tasks"));
+            KvPlanData::instance()->getPlanNodesByPlanId(m_planId, m_nodes);
+        }
+        if (m_session.hasFailed()) {
+            complain(m_session.failure(QStringLiteral("read the tasks of \"%1\"").arg(m_planId)));
             return false;
-        // The list is that of the plan's category. Tasks may have another.
+        }
+        // The list, which the cache was filled from, is that of the plan's category. Tasks may have another.
         QSet<QString> listed;
         for (const KvPlanNode& node : qAsConst(m_nodes))
             listed.insert(node.id);
         for (const KvPlanNode& node : qAsConst(plan.planNodes)) {
-            if (!listed.contains(node.id) && !readOther(node.id))
+            if (listed.contains(node.id))
+                continue;
+            m_nodes.append(node);
+            m_uncached.insert(node.id);
+        }
+        return true;
+    }
+
+    // The library sends a task that it has not cached whole, over what others change meanwhile.
+    bool cacheAll(const QVector<NodeEdit>& edits) const
+    {
+        for (const NodeEdit& edit : edits) {
+            KvPlanNode node;
+            if (m_uncached.contains(edit.node.id) && !m_session.readNode(edit.node.id, node))
                 return false;
         }
         return true;
@@ -58,43 +77,19 @@ public:
 
     bool readAgain()
     {
-        const QStringList others = m_others;
-        m_nodes.clear();
-        m_others.clear();
-        if (!readList())
-            return false;
-        for (const QString& id : others) {
-            if (!readOther(id))
-                return false;
-        }
-        return true;
+        KvPlan plan;
+        const bool isRead = m_session.readPlan(m_planId, plan);
+        m_nodes = plan.planNodes;
+        return isRead;
     }
 
     const QList<KvPlanNode>& nodes() const { return m_nodes; }
 
 private:
-    bool readList()
-    {
-        {
-            const Progress progress(QStringLiteral("reading the tasks"));
-            KvPlanData::instance()->getPlanNodesByPlanId(m_planId, m_nodes);
-        }
-        if (m_session.hasFailed("GET"))
-            complain(m_session.failure(QStringLiteral("read the tasks of \"%1\"").arg(m_planId), "GET"));
-        return !m_session.hasFailed("GET");
-    }
-
-    bool readOther(const QString& id)
-    {
-        m_nodes.append(KvPlanNode());
-        m_others.append(id);
-        return m_session.readNode(id, m_nodes.last());
-    }
-
     const Session& m_session;
     QString m_planId;
     QList<KvPlanNode> m_nodes;
-    QStringList m_others;
+    QSet<QString> m_uncached;
 };
 
 bool readFile(const Arguments& line, JsonFile& file)
@@ -248,6 +243,8 @@ int runSave(const QStringList& arguments)
             return NotAgreed;
         }
     }
+    if (!tasks.cacheAll(findings.edits))
+        return RequestFailed;
     save(planId, findings.edits);
     return sayOutcome(line, session, findings.edits, tasks, rows);
 }

@@ -307,7 +307,7 @@ private Q_SLOTS:
         server.goesAfterSaving = true;
         const KvplanRun run = save(server, "[{\"id\":\"n1\",\"name\":\"A\"}]", "--yes");
         QCOMPARE(run.exitCode, 1);
-        QVERIFY2(run.error().startsWith(QStringLiteral("kvplan: cannot read the tasks of \"p1\" at ")),
+        QVERIFY2(run.error().startsWith(QStringLiteral("kvplan: cannot read the plan \"p1\" at ")),
                  qPrintable(run.error()));
         QVERIFY2(run.error().contains(QStringLiteral("\nkvplan: so it is not known what was saved")),
                  qPrintable(run.error()));

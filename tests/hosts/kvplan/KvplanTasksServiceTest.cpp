@@ -295,6 +295,23 @@ private Q_SLOTS:
         QCOMPARE(textOf(task(renamed), "name"), QStringLiteral("围挡"));
     }
 
+    // It does not come with the tasks of the plan's own category.
+    void savingATaskOfAnotherCategory()
+    {
+        const QString id = textOf(tasks().at(80), "id");
+        QCOMPARE(run({QStringLiteral("update"), id, QStringLiteral("category=demolition")}).error(),
+                 QString());
+        QJsonObject expected = task(id);
+        const KvplanRun saved =
+            save({QJsonObject{{QStringLiteral("id"), id}, {QStringLiteral("planWorkload"), 4321}}});
+        QCOMPARE(saved.error(), QString());
+        QVERIFY2(saved.text().contains(QStringLiteral("\nchanged  ") + id), qPrintable(saved.text()));
+        QJsonObject after = task(id);
+        QVERIFY(after.take(QStringLiteral("updatedAt")) != expected.take(QStringLiteral("updatedAt")));
+        expected.insert(QStringLiteral("planWorkload"), 4321);
+        QCOMPARE(after, expected);
+    }
+
     void savingManyTasks()
     {
         QJsonArray edits;
