@@ -105,7 +105,7 @@ void GanttChart::zoomTo(int step, int anchor)
 void GanttChart::zoomToFit(int width)
 {
     const auto [from, to] = span();
-    zoomTo(GanttScale::stepFor(double(from.daysTo(to)) + 31, width), 0);
+    zoomTo(GanttScale::stepFor(double(from.daysTo(to)) + 1, width), 0);
     horizontalScrollBar()->setValue(0);
 }
 

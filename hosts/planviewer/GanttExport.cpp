@@ -27,26 +27,53 @@ QString say(const char* text)
     return QCoreApplication::translate("GanttExport", text);
 }
 
-int levelOf(const TaskList& tasks, int position)
+// By position; a task stands behind its parent.
+QVector<int> levelsOf(const TaskList& tasks)
 {
-    int level = 0;
-    for (int above = tasks.at(position).parent; above != TaskList::none; above = tasks.at(above).parent)
-        ++level;
-    return level;
+    QVector<int> levels(tasks.size(), 0);
+    for (int i = 0; i < tasks.size(); ++i) {
+        if (tasks.at(i).parent != TaskList::none)
+            levels[i] = levels.at(tasks.at(i).parent) + 1;
+    }
+    return levels;
 }
 
-int namesWidth(const PlanPage& page, const QFontMetrics& metrics)
+QFont boldFont(QFont font)
 {
+    font.setBold(true);
+    return font;
+}
+
+int namesWidth(const PlanPage& page, const QVector<int>& levels)
+{
+    const QFontMetrics metrics(boldFont(page.chart()->font()));
     int width = 120;
     for (int row = 0; row < page.rows()->count(); ++row) {
         const int position = page.rows()->positionAt(row);
-        width = qMax(width, indent * levelOf(page.model()->tasks(), position) + 24 +
+        width = qMax(width, indent * levels.at(position) + 32 +
                                 metrics.horizontalAdvance(page.model()->tasks().at(position).node.name));
     }
     return qMin(width, 520);
 }
 
-void paint(QPainter* painter, const PlanPage& page, const QSize& size, int namesWidth)
+// As wide as the time axis, and as the names at the right of the bars.
+int chartWidth(const PlanPage& page)
+{
+    GanttChart& chart = *page.chart();
+    const QFontMetrics metrics(chart.font());
+    int width = chart.scale().width();
+    for (int row = 0; row < page.rows()->count(); ++row) {
+        const int position = page.rows()->positionAt(row);
+        const double end =
+            qMax(chart.painter().barOf(position).right(), chart.painter().actualBarOf(position).right());
+        width = qMax(width,
+                     int(end) + 30 + metrics.horizontalAdvance(page.model()->tasks().at(position).node.name));
+    }
+    return width;
+}
+
+void paint(QPainter* painter, const PlanPage& page, const QSize& size, int namesWidth,
+           const QVector<int>& levels)
 {
     GanttChart& chart = *page.chart();
     const QPalette palette = chart.palette();
@@ -54,16 +81,15 @@ void paint(QPainter* painter, const PlanPage& page, const QSize& size, int names
     const int rowHeight = chart.painter().rowHeight();
     painter->fillRect(QRect(QPoint(), size), palette.base());
     painter->setPen(palette.color(QPalette::Text));
-    QFont titleFont = font;
-    titleFont.setBold(true);
+    const QFont titleFont = boldFont(font);
     painter->setFont(titleFont);
     painter->drawText(QRect(10, 0, size.width() - 20, titleHeight), Qt::AlignVCenter, page.plan().name);
 
     const TaskList& tasks = page.model()->tasks();
     for (int row = 0; row < page.rows()->count(); ++row) {
         const int position = page.rows()->positionAt(row);
-        const QRect cell(10 + indent * levelOf(tasks, position), titleHeight + headerHeight + row * rowHeight,
-                         namesWidth - 20 - indent * levelOf(tasks, position), rowHeight);
+        const QRect cell(10 + indent * levels.at(position), titleHeight + headerHeight + row * rowHeight,
+                         namesWidth - 20 - indent * levels.at(position), rowHeight);
         painter->setFont(tasks.at(position).children.isEmpty() ? font : titleFont);
         painter->setPen(palette.color(QPalette::Text));
         painter->drawText(
@@ -90,8 +116,9 @@ void paint(QPainter* painter, const PlanPage& page, const QSize& size, int names
 QString exportGantt(const PlanPage& page, const QString& path)
 {
     GanttChart& chart = *page.chart();
-    const int names = namesWidth(page, QFontMetrics(chart.font()));
-    const QSize size(names + chart.scale().width(),
+    const QVector<int> levels = levelsOf(page.model()->tasks());
+    const int names = namesWidth(page, levels);
+    const QSize size(names + chartWidth(page),
                      titleHeight + headerHeight + page.rows()->count() * chart.painter().rowHeight());
     const QString kind = QFileInfo(path).suffix().toLower();
     if (kind != QLatin1String("png") && kind != QLatin1String("svg") && kind != QLatin1String("pdf"))
@@ -109,7 +136,7 @@ QString exportGantt(const PlanPage& page, const QString& path)
     if (kind == QLatin1String("png")) {
         QImage image(size, QImage::Format_RGB32);
         isPainted = painter.begin(&image);
-        paint(&painter, page, size, names);
+        paint(&painter, page, size, names, levels);
         painter.end();
         isPainted = isPainted && image.save(&file, "PNG");
     } else if (kind == QLatin1String("svg")) {
@@ -119,7 +146,7 @@ QString exportGantt(const PlanPage& page, const QString& path)
         svg.setViewBox(QRect(QPoint(), size));
         svg.setTitle(page.plan().name);
         isPainted = painter.begin(&svg);
-        paint(&painter, page, size, names);
+        paint(&painter, page, size, names, levels);
         painter.end();
     } else {
         QPdfWriter pdf(&file);
@@ -130,7 +157,7 @@ QString exportGantt(const PlanPage& page, const QString& path)
         pdf.setPageMargins(QMarginsF());
         pdf.setResolution(96);
         isPainted = painter.begin(&pdf);
-        paint(&painter, page, size, names);
+        paint(&painter, page, size, names, levels);
         painter.end();
     }
     chart.painter().setCurrent(current);

@@ -87,6 +87,7 @@ QAction* MainWindow::add(QMenu* menu, const char* name, const QString& text, con
 {
     QAction* const action = menu->addAction(text);
     action->setObjectName(QString::fromLatin1(name));
+    action->setIconText(plainText(text));
     action->setShortcut(keys);
     connect(action, &QAction::triggered, this, run);
     return action;

@@ -7,6 +7,7 @@
 
 #include <QtCore/QFileInfo>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QSaveFile>
 #include <QtWidgets/QAction>
 #include <QtWidgets/QDialogButtonBox>
@@ -16,10 +17,15 @@
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QPushButton>
 
+QString plainText(const QString& text)
+{
+    return QString(text).remove(QRegularExpression(QStringLiteral("\\(&.\\)|&|…")));
+}
+
 void allow(QAction* action, bool isAllowed, const QString& reason)
 {
     action->setEnabled(isAllowed);
-    action->setToolTip(isAllowed ? action->text().remove(QLatin1Char('&')) : reason);
+    action->setToolTip(isAllowed ? action->iconText() : reason);
     action->setStatusTip(isAllowed ? QString() : reason);
 }
 
@@ -47,6 +53,7 @@ QAction* PlanActions::add(const char* name, const QString& text, void (PlanActio
 {
     auto* const action = new QAction(text, this);
     action->setObjectName(QString::fromLatin1(name));
+    action->setIconText(plainText(text));
     connect(action, &QAction::triggered, this, slot);
     return action;
 }

@@ -6,6 +6,9 @@ class PlanListPanel;
 class QAction;
 class QWidget;
 
+/// A menu's text without marks of keys and dots, for tool bars and tooltips.
+QString plainText(const QString& text);
+
 /// Switches an action off with the reason in its tooltip, or on.
 void allow(QAction* action, bool isAllowed, const QString& reason);
 

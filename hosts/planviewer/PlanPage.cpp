@@ -7,6 +7,7 @@
 #include "PlanClient.h"
 #include "ReportDialog.h"
 #include "SaveDialog.h"
+#include "TaskColumns.h"
 #include "TaskDelegate.h"
 #include "TaskModel.h"
 
@@ -62,7 +63,11 @@ PlanPage::PlanPage(PlanClient* client, QWidget* parent)
     splitter->setStretchFactor(1, 5);
     splitter->setStretchFactor(2, 2);
     splitter->setChildrenCollapsible(true);
-    splitter->setSizes({630, 560, 200});
+    // Whole columns, up to the progress.
+    int columns = 2 * m_tree->frameWidth() + 12; // the splitter rounds
+    for (const int column : {TaskColumn::Name, TaskColumn::Start, TaskColumn::Finish, TaskColumn::Progress})
+        columns += m_tree->header()->sectionSize(column);
+    splitter->setSizes({columns, 1180 - columns, 210});
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(splitter);
