@@ -42,6 +42,8 @@ public:
 
     /// Reads the hidden columns from the service. Blocks; events of this thread are handled meanwhile. The
     /// list is empty afterwards when none are stored, and when the request failed.
+    ///
+    /// Request: `GET user-service/settings/plan_hideHeader`.
     void LoadPlanSetting();
 
     /// Names of the hidden columns as they were last loaded or saved; empty before that. Asks nobody.
@@ -50,6 +52,8 @@ public:
     /// Stores the hidden columns on the service. Blocks, unless the same names are hidden already, in
     /// whatever order: then nothing is sent and the list stays as it is.
     /// @return false when the request failed; the hidden columns are then those from before.
+    ///
+    /// Request: `PUT user-service/settings/plan_hideHeader`.
     bool SetGanttHideHeader(const QStringList& headers);
 
     /// Reads the column widths from the file into @p widths, by column name. A width that is no number or
