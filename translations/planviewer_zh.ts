@@ -918,6 +918,10 @@
         <source>A summary task follows its subtasks.</source>
         <translation>摘要任务由其子任务决定。</translation>
     </message>
+    <message>
+        <source>what was not saved</source>
+        <translation>未保存的内容</translation>
+    </message>
 </context>
 <context>
     <name>TaskText</name>

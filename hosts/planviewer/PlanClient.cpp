@@ -225,12 +225,19 @@ bool PlanClient::readNodes(const QString& planId, QList<KvPlanNode>& nodes)
     return isRead;
 }
 
-bool PlanClient::saveNodes(const QString& planId, const QList<KvPlanNode>& nodes)
+PlanClient::Saved PlanClient::saveNodes(const QString& planId, const SaveList& list)
 {
-    return run(tr("save the tasks"), Kind::Writes, [&] {
-        facade().savePlanNodes(planId, nodes);
-        return true;
-    });
+    const auto save = [&](const QList<KvPlanNode>& nodes) {
+        return nodes.isEmpty() || run(tr("save the tasks"), Kind::Writes, [&] {
+                   facade().savePlanNodes(planId, nodes);
+                   return true;
+               });
+    };
+    if (!save(list.toCreate))
+        return Saved::Nothing;
+    if (save(list.toUpdate))
+        return Saved::All;
+    return list.toCreate.isEmpty() ? Saved::Nothing : Saved::Created;
 }
 
 SaveList PlanClient::changes(const QList<KvPlanNode>& nodes) const

@@ -58,8 +58,15 @@ public:
     bool deletePlan(const QString& id, const QString& name);
 
     bool readNodes(const QString& planId, QList<KvPlanNode>& nodes);
-    /// Creates and updates what of @p nodes differs from what was read.
-    bool saveNodes(const QString& planId, const QList<KvPlanNode>& nodes);
+    enum class Saved
+    {
+        Nothing,
+        Created, ///< the new tasks, but not the changed ones
+        All
+    };
+    /// Creates and updates what changes() told. Two requests at most, each done as a whole or not at all, and
+    /// each tried again by itself, so that no task is created twice.
+    Saved saveNodes(const QString& planId, const SaveList& list);
     /// What saveNodes() would do; asks nobody.
     SaveList changes(const QList<KvPlanNode>& nodes) const;
     bool hasChanged(const QList<KvPlanNode>& nodes) const;

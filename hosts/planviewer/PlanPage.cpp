@@ -212,13 +212,19 @@ void PlanPage::showDetails()
 
 bool PlanPage::save()
 {
-    const QList<KvPlanNode> touched = m_model->touched();
-    const SaveList list = m_client->changes(touched);
+    const SaveList list = m_client->changes(m_model->touched());
     if (list.isEmpty())
         return true;
     SaveDialog dialog(list, m_client->asRead(list.toUpdate), this);
-    if (dialog.exec() != QDialog::Accepted || !m_client->saveNodes(m_plan.id, touched) || !reload())
+    if (dialog.exec() != QDialog::Accepted)
         return false;
+    const PlanClient::Saved saved = m_client->saveNodes(m_plan.id, list);
+    if (saved == PlanClient::Saved::Nothing || !reload())
+        return false;
+    if (saved == PlanClient::Saved::Created) {
+        m_model->editAgain(list.toUpdate); // they are not lost with what was read
+        return false;
+    }
     compareKept(list);
     return true;
 }

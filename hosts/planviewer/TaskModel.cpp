@@ -88,6 +88,20 @@ void TaskModel::addTask(int parent, const QString& name, const QString& planId)
     m_undoStack->push(new AddTaskCommand(this, node, parent));
 }
 
+void TaskModel::editAgain(const QList<KvPlanNode>& edited)
+{
+    QHash<QString, int> positions;
+    for (int i = 0; i < m_tasks.size(); ++i)
+        positions.insert(m_tasks.at(i).node.id, i);
+    m_undoStack->beginMacro(tr("what was not saved"));
+    for (const KvPlanNode& node : edited) {
+        const int position = positions.value(node.id, TaskList::none);
+        if (position != TaskList::none)
+            m_undoStack->push(new EditTaskCommand(this, position, node, TaskColumn::Name));
+    }
+    m_undoStack->endMacro();
+}
+
 bool TaskModel::isMilestone(int position) const
 {
     const TaskList::Entry& entry = m_tasks.at(position);

@@ -40,6 +40,9 @@ public:
     /// Makes a new task, to be undone: the last one below @p parent.
     void addTask(int parent, const QString& name, const QString& planId);
 
+    /// Puts edited tasks in place of those with the same ids, as one edit to be undone.
+    void editAgain(const QList<KvPlanNode>& edited);
+
     bool isMilestone(int position) const;
 
     QModelIndex index(int row, int column, const QModelIndex& parent = QModelIndex()) const override;

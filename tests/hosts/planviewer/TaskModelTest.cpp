@@ -209,6 +209,22 @@ private Q_SLOTS:
         QVERIFY(model.touched().isEmpty());
     }
 
+    void whatWasNotSavedIsEditedAgain()
+    {
+        TaskModel model(&m_undo);
+        model.setTasks(tower());
+        KvPlanNode edited = model.tasks().at(3).node;
+        edited.finishedPercentage = 40;
+        KvPlanNode unknown;
+        unknown.id = QStringLiteral("gone");
+        model.editAgain({edited, unknown});
+        QCOMPARE(model.tasks().at(3).node.finishedPercentage, 40.0);
+        QCOMPARE(model.touched().size(), 1);
+        m_undo.undo();
+        QCOMPARE(model.tasks().at(3).node.finishedPercentage, 0.0);
+        QVERIFY(!m_undo.canUndo());
+    }
+
     void parentsInACircleAreShownAllTheSame()
     {
         QList<KvPlanNode> nodes = tower();

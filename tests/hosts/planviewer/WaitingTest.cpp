@@ -1,13 +1,16 @@
 // What happens to a person while a request waits, fails or is cut off by closing the window.
 
+#include <MainWindow.h>
 #include <PlanClient.h>
 
 #include <KvNetwork/KvBaseApi.h>
 #include <KvNetwork/NetworkManager.h>
+#include <KvSoftBase/KvSoftBase.h>
 #include <support/ScriptedServer.h>
 
 #include <QtTest/QtTest>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QLabel>
 #include <QtWidgets/QPushButton>
 
 using KvTest::Reply;
@@ -43,7 +46,11 @@ private:
     KvTest::ScriptedServer m_server;
 
 private Q_SLOTS:
-    void initTestCase() { KvBaseApi::GetInstance().setBaseApi(m_server.baseUrl()); }
+    void initTestCase()
+    {
+        QApplication::setQuitOnLastWindowClosed(false);
+        KvBaseApi::GetInstance().setBaseApi(m_server.baseUrl());
+    }
 
     void init()
     {
@@ -201,6 +208,55 @@ private Q_SLOTS:
         QVERIFY(!client.createPlan(plan));
         QCOMPARE(told.size(), 1); // it is not repeated by itself
         QVERIFY2(told.first().contains(QStringLiteral("may have made the change")), qPrintable(told.first()));
+    }
+
+    // A save whose second request fails must not repeat the first, which made tasks.
+    void aSaveCreatesNoTaskTwice()
+    {
+        PlanClient client;
+        int asked = 0;
+        client.setAskAgain([&asked](const QString&) { return ++asked == 1; });
+        m_server.setHandler([](const KvTest::Request& request) {
+            return Reply::json(QJsonArray(), request.method == "POST" ? 200 : 500);
+        });
+        SaveList list;
+        list.toCreate.append(KvPlanNode());
+        list.toUpdate.append(KvPlanNode());
+        list.toUpdate.last().id = QStringLiteral("n1");
+        QCOMPARE(client.saveNodes(QStringLiteral("p1"), list), PlanClient::Saved::Created);
+        QList<QByteArray> methods;
+        for (const KvTest::Request& request : m_server.requests())
+            methods.append(request.method);
+        QCOMPARE(methods, QList<QByteArray>({"POST", "PUT", "PUT"}));
+    }
+
+    void theWindowClosesDuringAWait()
+    {
+        PlanClient client;
+        QStringList failures;
+        client.setAskAgain([&failures](const QString& failure) {
+            failures.append(failure);
+            return true;
+        });
+        QTemporaryDir settings;
+        SetSettingsDirectory(settings.path());
+        MainWindow window(&client);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        NetworkManager::instance().setTimeout(800);
+        m_server.setHandler(
+            [](const KvTest::Request&) { return Reply::json(QJsonArray()).with(Reply::StallBeforeHeaders); });
+        bool isHiddenAtOnce = false;
+        QTimer::singleShot(400, &window, [&] {
+            QVERIFY(client.isBusy());
+            QVERIFY(!window.findChild<QLabel*>(QStringLiteral("waiting"))->text().isEmpty());
+            window.close();
+            isHiddenAtOnce = !window.isVisible();
+        });
+        window.start();
+        QVERIFY(isHiddenAtOnce);
+        QCOMPARE(failures, QStringList());
+        QCOMPARE(m_server.requestCount(), 1);
     }
 
     void afterClosingNothingIsAskedOrSent()
