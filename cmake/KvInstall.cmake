@@ -60,6 +60,11 @@ install(FILES
     "${CMAKE_CURRENT_BINARY_DIR}/KvPlanDataConfigVersion.cmake"
     DESTINATION "${kv_package_dir}")
 
+install(FILES
+    examples/CMakeLists.txt examples/edit_and_save.cpp examples/import_schedule.cpp examples/read_plan.cpp
+    examples/settings.cpp
+    DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples")
+
 # The programs' manual pages and what the shell completes of them. Both come from what the programs say of themselves.
 function(kv_document_program program)
     set(page "${CMAKE_CURRENT_BINARY_DIR}/man/${program}.1")

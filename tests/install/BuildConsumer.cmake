@@ -47,3 +47,18 @@ execute_process(COMMAND ${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/build
     OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
 execute_process(COMMAND ${CMAKE_COMMAND} --build ${WORK_DIR}/build COMMAND_ERROR_IS_FATAL ANY)
 execute_process(COMMAND ${WORK_DIR}/build/consumer COMMAND_ERROR_IS_FATAL ANY)
+
+if(WAY STREQUAL "package")
+    # The installed examples are a project of their own.
+    file(GLOB_RECURSE example "${WORK_DIR}/prefix/read_plan.cpp")
+    get_filename_component(examples "${example}" DIRECTORY)
+    execute_process(COMMAND ${CMAKE_COMMAND} -S ${examples} -B ${WORK_DIR}/examples -G ${GENERATOR}
+            -DCMAKE_BUILD_TYPE=None -DCMAKE_CXX_COMPILER=${CXX} ${where}
+        OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+    execute_process(COMMAND ${CMAKE_COMMAND} --build ${WORK_DIR}/examples COMMAND_ERROR_IS_FATAL ANY)
+    execute_process(COMMAND ${WORK_DIR}/examples/read_plan http://127.0.0.1:1/ P
+        OUTPUT_VARIABLE said RESULT_VARIABLE result)
+    if(NOT result EQUAL 1 OR NOT said MATCHES "no plans: cannot reach http://127.0.0.1:1: ")
+        message(FATAL_ERROR "the example without a service ended with ${result} and said: ${said}")
+    endif()
+endif()
