@@ -187,7 +187,10 @@ void ReentryTest::init()
 
 void ReentryTest::cleanup()
 {
-    m_server.reset();
+    // The connections stay open: a request with a body is sent once only, so one that met a closing one would
+    // fail.
+    m_server.setHandler({});
+    m_server.forgetRequests();
     disconnect(&m_server, nullptr, this, nullptr);
 }
 

@@ -1,6 +1,12 @@
 # The host's three libraries, then the product on top of them, then an application on top of both: each configured,
-# built and installed as its owner would, with nothing of this build in reach.
-file(REMOVE_RECURSE "${WORK_DIR}")
+# built and installed as its owner would, with nothing of this build in reach. Outside the source folder, because CMake
+# writes into what it installs only where libraries are that lie elsewhere.
+set(temporary "$ENV{TMPDIR}")
+if(NOT temporary)
+    set(temporary "/tmp")
+endif()
+string(RANDOM LENGTH 12 suffix)
+set(WORK_DIR "${temporary}/kvplandata-system-${suffix}")
 set(host "${WORK_DIR}/host")
 set(product "${WORK_DIR}/product")
 
@@ -30,3 +36,4 @@ endif()
 
 build(consumer "${SOURCE_DIR}/tests/install/system/consumer" "${WORK_DIR}/consumer")
 execute_process(COMMAND ${WORK_DIR}/build-consumer/consumer COMMAND_ERROR_IS_FATAL ANY)
+file(REMOVE_RECURSE "${WORK_DIR}")
