@@ -68,7 +68,11 @@ void ShutdownTest::ends()
     QCOMPARE(host.exitStatus(), QProcess::NormalExit);
     QCOMPARE(host.exitCode(), ShutdownHost::Ended);
     QVERIFY2(clock.elapsed() < 20 * 1000, "it waited for the time-out");
-    QCOMPARE(server.requestCount(), requests);
+    // All five rights are asked for, also when one fails; those after the end may still get onto the wire or
+    // not.
+    const int most = operation == QLatin1String("rights") ? 5 * requests : requests;
+    QVERIFY2(server.requestCount() >= requests && server.requestCount() <= most,
+             qPrintable(QString::number(server.requestCount())));
 }
 
 int main(int argc, char* argv[])
