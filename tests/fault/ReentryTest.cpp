@@ -215,9 +215,11 @@ void ReentryTest::enter(int level, const Operation& outer, const std::function<v
         const int asked = m_server.requestCount() + 1;
         auto* const once = new QObject(this);
         connect(&m_server, &KvTest::ScriptedServer::requestReceived, once,
-                [once, asked, level, again](int count) {
+                [this, once, asked, level, again](int count) {
                     if (count < asked)
                         return;
+                    disconnect(&m_server, nullptr, once,
+                               nullptr); // the deletion waits until this loop has ended
                     once->deleteLater();
                     again(level + 1);
                 });
