@@ -90,7 +90,11 @@ PlanPage::PlanPage(PlanClient* client, QWidget* parent)
     });
 }
 
-PlanPage::~PlanPage() = default;
+PlanPage::~PlanPage()
+{
+    disconnect(m_undoStack, nullptr, this,
+               nullptr); // it tells of being emptied when the page is no page any more
+}
 
 bool PlanPage::open(const KvPlan& plan)
 {
