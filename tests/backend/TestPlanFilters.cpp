@@ -1,12 +1,9 @@
 // What filters hold for, what they refuse, and how the database answers them.
 
-#include "Text.h"
-#include "filters/FilterText.h"
+#include "FilterQueries.h"
 #include "filters/Pattern.h"
 #include "filters/PlanFields.h"
-#include "http/Reply.h"
 #include "store/Migrations.h"
-#include "store/PlanListSql.h"
 #include "store/SqliteStore.h"
 
 #include <QElapsedTimer>
@@ -53,19 +50,6 @@ QStringList ids(Store& store, const PlanQuery& query)
     return found;
 }
 
-/// Code and field of the refusal; empty when there is none.
-QString refusalOf(const QString& where)
-{
-    try {
-        readFilter(where, planFields());
-    } catch (const ApiError& error) {
-        const QJsonObject body =
-            QJsonDocument::fromJson(error.reply().body.first()).object().value("error"_s).toObject();
-        return body.value("code"_s).toString() + QLatin1Char(' ') + body.value("field"_s).toString();
-    }
-    return QString();
-}
-
 QString nested(int depth)
 {
     return "{\"$or\":["_s.repeated(depth) + "{}"_s + "]}"_s.repeated(depth);
@@ -85,14 +69,7 @@ private:
 
     QStringList queryPlan(const PlanQuery& query)
     {
-        SqliteDatabase database(m_folder.filePath("a.db"_s));
-        const SqlStatement statement = planListSql(query);
-        QSqlQuery rows = database.runOnce("EXPLAIN QUERY PLAN "_s + statement.text, statement.parameters);
-        QStringList steps;
-        while (database.next(rows)) {
-            steps.append(rows.value(3).toString());
-        }
-        return steps;
+        return KvTest::stepsOf(m_folder.filePath("a.db"_s), planListSql(query)).split(QLatin1Char('\n'));
     }
 
 private Q_SLOTS:
@@ -235,19 +212,21 @@ private Q_SLOTS:
     {
         QFETCH(QString, where);
         QFETCH(QString, refusal);
-        QCOMPARE(refusalOf(where), refusal);
+        QCOMPARE(KvTest::refusalOf(where, planFields()), refusal);
     }
 
     void takesWhatTheLimitsAllow()
     {
-        QCOMPARE(refusalOf(nested(deepestNesting)), QString());
+        QCOMPARE(KvTest::refusalOf(nested(deepestNesting), planFields()), QString());
         QString many = "{\"name\":{\"$in\":["_s;
         for (int i = 0; i < 10000; ++i) {
             many += "\"plan %1\","_s.arg(i);
         }
         QCOMPARE(ids(*m_store, queryFor(many + "\"第2层\"]}}"_s)), QStringList{"b"_s});
         const QString name = "十"_s.repeated(10000);
-        QCOMPARE(refusalOf("{\"name\":{\"$regex\":\"%1\",\"$options\":\"i\"}}"_s.arg(name)), QString());
+        QCOMPARE(
+            KvTest::refusalOf("{\"name\":{\"$regex\":\"%1\",\"$options\":\"i\"}}"_s.arg(name), planFields()),
+            QString());
     }
 
     void putsNothingThatWasSentIntoTheStatement()

@@ -1,6 +1,6 @@
 // How the store counts progress: whose nodes it takes, and what it looks at to do so.
 
-#include "Text.h"
+#include "FilterQueries.h"
 #include "store/OpenStore.h"
 #include "store/SqliteDatabase.h"
 #include "store/StatisticsSql.h"
@@ -48,16 +48,6 @@ private:
             total += part.total;
         }
         return total;
-    }
-    QStringList stepsOf(const SqlStatement& statement)
-    {
-        SqliteDatabase database(m_folder.filePath("a.db"_s));
-        QSqlQuery rows = database.runOnce("EXPLAIN QUERY PLAN "_s + statement.text, statement.parameters);
-        QStringList steps;
-        while (database.next(rows)) {
-            steps.append(rows.value(3).toString());
-        }
-        return steps;
     }
 
 private Q_SLOTS:
@@ -139,7 +129,7 @@ private Q_SLOTS:
         for (const NodeScope& scope : {everything(), narrow, own}) {
             for (const SqlStatement& statement :
                  {nodeCountSql(scope, "2026-03-02"_s), finishedPerDaySql(scope)}) {
-                const QString steps = stepsOf(statement).join(QLatin1Char('\n'));
+                const QString steps = KvTest::stepsOf(m_folder.filePath("a.db"_s), statement);
                 QVERIFY2(steps.startsWith("SEARCH planNodes USING COVERING INDEX planNodesByProject"_s),
                          qPrintable(steps));
             }
