@@ -16,7 +16,7 @@ ApiError unauthorized(const char* code, const char* message)
 
 } // namespace
 
-Caller Caller::fromAuthorization(const QByteArray& authorization, Store& store)
+Caller Caller::fromAuthorization(const QByteArray& authorization, Store& store, const QDateTime& now)
 {
     Caller caller;
     if (!store.hasTokens()) {
@@ -31,12 +31,20 @@ Caller Caller::fromAuthorization(const QByteArray& authorization, Store& store)
     if (authorization.left(scheme.size()).toLower() != scheme) {
         throw unauthorized("tokenMalformed", "the Authorization header has to read 'Bearer <token>'");
     }
-    const auto token = store.tokenByHash(tokenHash(authorization.mid(scheme.size()).trimmed()));
+    const QByteArray text = authorization.mid(scheme.size()).trimmed();
+    if (!looksLikeToken(text)) {
+        throw unauthorized("tokenMalformed",
+                           "this is not a whole token; it has 43 letters, digits, '-' and '_'");
+    }
+    const auto token = findToken(store, text);
     if (!token) {
         throw unauthorized("tokenUnknown", "this token is not known here; ask for a new one");
     }
     if (!token->revokedAt.isEmpty()) {
         throw unauthorized("tokenRevoked", "this token was revoked; ask for a new one");
+    }
+    if (!token->expiresAt.isEmpty() && token->expiresAt <= tokenTime(now)) {
+        throw unauthorized("tokenExpired", "this token is good no more; ask for a new one");
     }
     caller.m_userId = token->userId;
     caller.m_rights = store.rights(token->id);

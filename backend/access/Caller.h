@@ -2,6 +2,8 @@
 
 #include "../store/Store.h"
 
+#include <QDateTime>
+
 namespace PlanService {
 
 /// Who asks, and what they may do.
@@ -9,8 +11,10 @@ class Caller
 {
 public:
     /// Reads the "Authorization" header against the tokens. While no token was ever created everybody is the
-    /// local user with every right. Throws ApiError 401 for a missing, unknown or revoked token.
-    static Caller fromAuthorization(const QByteArray& authorization, Store& store);
+    /// local user with every right. Throws ApiError 401 for a missing, malformed, unknown, revoked or expired
+    /// token. @param now decides what has expired.
+    static Caller fromAuthorization(const QByteArray& authorization, Store& store,
+                                    const QDateTime& now = QDateTime::currentDateTimeUtc());
     /// For endpoints that ask for nothing.
     static Caller anybody() { return Caller(); }
 

@@ -1,12 +1,18 @@
 #include "Tokens.h"
 
+#include <QDateTime>
 #include <QStringList>
 
 #include <sodium.h>
 
+#include <algorithm>
+
 namespace PlanService {
 
 namespace {
+
+constexpr int tokenBytes = 32;
+constexpr int tokenLetters = (tokenBytes * 4 + 2) / 3; // base64 without its padding
 
 void startSodium()
 {
@@ -21,9 +27,18 @@ void startSodium()
 QByteArray newToken()
 {
     startSodium();
-    QByteArray bytes(32, Qt::Uninitialized);
+    QByteArray bytes(tokenBytes, Qt::Uninitialized);
     randombytes_buf(bytes.data(), static_cast<std::size_t>(bytes.size()));
     return bytes.toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals);
+}
+
+bool looksLikeToken(const QByteArray& text)
+{
+    const auto isLetter = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
+               c == '_';
+    };
+    return text.size() == tokenLetters && std::all_of(text.begin(), text.end(), isLetter);
 }
 
 QByteArray tokenHash(const QByteArray& token)
@@ -35,6 +50,29 @@ QByteArray tokenHash(const QByteArray& token)
                        reinterpret_cast<const unsigned char*>(token.constData()),
                        static_cast<unsigned long long>(token.size()), nullptr, 0);
     return hash;
+}
+
+std::optional<TokenRecord> findToken(Store& store, const QByteArray& token)
+{
+    // The index is asked for the first 64 bits. With them alone nobody finds a token that has them, let alone
+    // the one that is in the store.
+    constexpr int beginning = 8;
+    const QByteArray hash = tokenHash(token);
+    const QList<TokenRecord> candidates = store.tokensByHashBeginning(hash.left(beginning));
+    std::optional<TokenRecord> found;
+    for (const TokenRecord& candidate : candidates) {
+        if (candidate.hash.size() == hash.size() &&
+            sodium_memcmp(candidate.hash.constData(), hash.constData(),
+                          static_cast<std::size_t>(hash.size())) == 0) {
+            found = candidate;
+        }
+    }
+    return found;
+}
+
+QString tokenTime(const QDateTime& time)
+{
+    return time.toUTC().toString(QStringLiteral("yyyy-MM-ddTHH:mm:ssZ"));
 }
 
 void readRights(const QString& text, RightsRecord& rights)

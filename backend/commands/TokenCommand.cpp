@@ -31,7 +31,34 @@ qint64 tokenIdFrom(const Options& options)
 
 QString now()
 {
-    return QDateTime::currentDateTimeUtc().toString(Qt::ISODate);
+    return tokenTime(QDateTime::currentDateTimeUtc());
+}
+
+/// The end of the last day on which the token is good; empty without --expires.
+QString expiryFrom(const Options& options)
+{
+    const QDate lastDay = options.date(QStringLiteral("expires"));
+    if (lastDay.isNull()) {
+        return QString();
+    }
+    const QString end = tokenTime(QDateTime(lastDay.addDays(1), QTime(0, 0), Qt::UTC));
+    if (end <= now()) {
+        throw Failure(QStringLiteral("%1 is over already; name the last day on which the token is good")
+                          .arg(lastDay.toString(Qt::ISODate)));
+    }
+    return end;
+}
+
+QString stateOf(const TokenRecord& token)
+{
+    if (!token.revokedAt.isEmpty()) {
+        return QStringLiteral("revoked ") + token.revokedAt;
+    }
+    if (token.expiresAt.isEmpty()) {
+        return QStringLiteral("good");
+    }
+    return (token.expiresAt <= now() ? QStringLiteral("expired ") : QStringLiteral("good until ")) +
+           token.expiresAt;
 }
 
 void createToken(const Options& options, Store& store)
@@ -39,6 +66,7 @@ void createToken(const Options& options, Store& store)
     TokenRecord token;
     token.userId = options.required(QStringLiteral("user"));
     token.createdAt = now();
+    token.expiresAt = expiryFrom(options);
     const RightsRecord rights = rightsFrom(options);
     const QByteArray text = newToken();
     token.hash = tokenHash(text);
@@ -72,9 +100,7 @@ void listTokens(Store& store)
     for (const TokenRecord& token : tokens) {
         print(QStringLiteral("%1\t%2\tcreated %3\t%4\n")
                   .arg(token.id)
-                  .arg(token.userId, token.createdAt,
-                       token.revokedAt.isEmpty() ? QStringLiteral("good")
-                                                 : QStringLiteral("revoked ") + token.revokedAt));
+                  .arg(token.userId, token.createdAt, stateOf(token)));
         const QList<RightsRecord> all = store.rights(token.id);
         for (const RightsRecord& rights : all) {
             print(QStringLiteral("\tproject %1\tcategory %2\t%3\n")
@@ -115,6 +141,9 @@ int runToken(const QStringList& arguments)
     options.add(QStringLiteral("rights"),
                 QStringLiteral("List of read=all, read=own, create, edit, delete, export."),
                 QStringLiteral("LIST"));
+    options.add(QStringLiteral("expires"),
+                QStringLiteral("Last day, in UTC, on which a created token is good; for ever unless given."),
+                QStringLiteral("yyyy-MM-dd"));
     if (!options.parse(arguments)) {
         return 0;
     }

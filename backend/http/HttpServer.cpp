@@ -218,8 +218,13 @@ private:
         Request request;
         request.method = header.method().c_str();
         request.target = QByteArray::fromStdString(header.request_target());
-        request.authorization = QByteArray::fromStdString(
-            header.get_field_or(restinio::http_field::authorization, std::string()));
+        // More than one read as one list, which is no token: nobody is to choose between them.
+        header.for_each_value_of(restinio::http_field::authorization, [&](restinio::string_view_t value) {
+            request.authorization += request.authorization.isEmpty() ? "" : ", ";
+            request.authorization.append(value.data(), static_cast<int>(value.size()));
+            return restinio::http_header_fields_t::continue_enumeration();
+        });
+        request.authorization = request.authorization.trimmed();
         request.body = QByteArray::fromStdString(handle->body());
         request.remoteAddress = QByteArray::fromStdString(handle->remote_endpoint().address().to_string());
 

@@ -159,6 +159,12 @@ Migration nodesWithoutPlan()
               " WHERE planId IS NULL")}};
 }
 
+/// Tokens that are good up to a day.
+Migration expiryOfTokens()
+{
+    return {7, {text("ALTER TABLE tokens ADD COLUMN expiresAt TEXT")}};
+}
+
 int versionOf(SqliteDatabase& database)
 {
     return database.value(QStringLiteral("PRAGMA user_version")).toInt();
@@ -187,8 +193,8 @@ void apply(SqliteDatabase& database, const Migration& step)
 
 const QList<Migration>& migrations()
 {
-    static const QList<Migration> steps{plansAndNodes(), tokensAndRights(), userSettings(),
-                                        planLists(),     progress(),        nodesWithoutPlan()};
+    static const QList<Migration> steps{plansAndNodes(), tokensAndRights(),  userSettings(),  planLists(),
+                                        progress(),      nodesWithoutPlan(), expiryOfTokens()};
     return steps;
 }
 

@@ -24,7 +24,18 @@ TokenRecord tokenFrom(const QSqlQuery& row)
     token.userId = row.value(2).toString();
     token.createdAt = row.value(3).toString();
     token.revokedAt = row.value(4).toString();
+    token.expiresAt = row.value(5).toString();
     return token;
+}
+
+QList<TokenRecord> tokensFrom(QSqlQuery& rows)
+{
+    QList<TokenRecord> tokens;
+    while (rows.next()) {
+        tokens.append(tokenFrom(rows));
+    }
+    rows.finish();
+    return tokens;
 }
 
 } // namespace
@@ -50,35 +61,28 @@ bool SqliteStore::hasTokens()
     return m_database->value(sql("SELECT EXISTS (SELECT 1 FROM tokens)")).toBool();
 }
 
-std::optional<TokenRecord> SqliteStore::tokenByHash(const QByteArray& hash)
+QList<TokenRecord> SqliteStore::tokensByHashBeginning(const QByteArray& beginning)
 {
-    QSqlQuery& row = m_database->run(
-        sql("SELECT id, hash, userId, createdAt, revokedAt FROM tokens WHERE hash = ?"), {hash});
-    std::optional<TokenRecord> token;
-    if (row.next()) {
-        token = tokenFrom(row);
-    }
-    row.finish();
-    return token;
+    // Longer than any hash, so that it comes behind all that begin so.
+    const QByteArray end = beginning + QByteArray(64, '\xff');
+    return tokensFrom(
+        m_database->run(sql("SELECT id, hash, userId, createdAt, revokedAt, expiresAt FROM tokens"
+                            " WHERE hash >= ? AND hash < ?"),
+                        {beginning, end}));
 }
 
 QList<TokenRecord> SqliteStore::tokens()
 {
-    QSqlQuery& row =
-        m_database->run(sql("SELECT id, hash, userId, createdAt, revokedAt FROM tokens ORDER BY id"));
-    QList<TokenRecord> all;
-    while (row.next()) {
-        all.append(tokenFrom(row));
-    }
-    row.finish();
-    return all;
+    return tokensFrom(m_database->run(
+        sql("SELECT id, hash, userId, createdAt, revokedAt, expiresAt FROM tokens ORDER BY id")));
 }
 
 qint64 SqliteStore::addToken(const TokenRecord& token)
 {
     m_database
-        ->run(sql("INSERT INTO tokens (hash, userId, createdAt) VALUES (?, ?, ?)"),
-              {token.hash, token.userId, token.createdAt})
+        ->run(sql("INSERT INTO tokens (hash, userId, createdAt, expiresAt) VALUES (?, ?, ?, ?)"),
+              {token.hash, token.userId, token.createdAt,
+               token.expiresAt.isEmpty() ? QVariant(QVariant::String) : QVariant(token.expiresAt)})
         .finish();
     return m_database->value(sql("SELECT last_insert_rowid()")).toLongLong();
 }

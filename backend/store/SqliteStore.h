@@ -45,7 +45,7 @@ public:
     void putTaskState(const TaskStateRecord& state) override;
 
     bool hasTokens() override;
-    std::optional<TokenRecord> tokenByHash(const QByteArray& hash) override;
+    QList<TokenRecord> tokensByHashBeginning(const QByteArray& beginning) override;
     QList<TokenRecord> tokens() override;
     qint64 addToken(const TokenRecord& token) override;
     bool revokeToken(qint64 tokenId, const QString& revokedAt) override;

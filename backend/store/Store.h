@@ -145,8 +145,9 @@ struct TokenRecord
     qint64 id = 0;
     QByteArray hash;
     QString userId;
-    QString createdAt; ///< UTC, ISO 8601
-    QString revokedAt; ///< UTC, ISO 8601; empty: still good
+    QString createdAt; ///< UTC, as yyyy-MM-ddTHH:mm:ssZ; the same holds for the next two
+    QString revokedAt; ///< empty: not revoked
+    QString expiresAt; ///< from this second on it is good no more; empty: good for ever
 };
 
 /// What a token may do in one project. An empty category stands for every category without an entry of its
@@ -238,8 +239,9 @@ public:
     /// True as soon as a token was ever created, revoked ones included: revoking the last must not open the
     /// service.
     virtual bool hasTokens() = 0;
-    /// @return nothing when no token has this hash; a revoked one is returned with its revokedAt.
-    virtual std::optional<TokenRecord> tokenByHash(const QByteArray& hash) = 0;
+    /// @return the tokens whose hash begins with these bytes, revoked and expired ones too. The store looks
+    /// for the beginning only, since how long an index takes tells what stands in it; see findToken().
+    virtual QList<TokenRecord> tokensByHashBeginning(const QByteArray& beginning) = 0;
     virtual QList<TokenRecord> tokens() = 0;
     /// Adds the token; @p token.id is given by the store. @return the id.
     virtual qint64 addToken(const TokenRecord& token) = 0;

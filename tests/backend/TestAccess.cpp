@@ -40,13 +40,14 @@ private:
     QTemporaryDir m_folder;
     std::unique_ptr<Store> m_store;
 
-    QByteArray addToken(const QString& user, const QList<RightsRecord>& rights)
+    QByteArray addToken(const QString& user, const QList<RightsRecord>& rights, const QString& expiresAt = {})
     {
         const QByteArray text = newToken();
         TokenRecord token;
         token.hash = tokenHash(text);
         token.userId = user;
         token.createdAt = "2026-01-01T00:00:00Z"_s;
+        token.expiresAt = expiresAt;
         const qint64 id = m_store->addToken(token);
         for (const RightsRecord& entry : rights) {
             m_store->setRights(id, entry);
@@ -69,6 +70,53 @@ private Q_SLOTS:
         QCOMPARE(tokenHash(one), tokenHash(one));
         QVERIFY(tokenHash(one) != tokenHash(one + 'x'));
         QVERIFY(!tokenHash(one).contains(one));
+        QVERIFY(looksLikeToken(one));
+    }
+
+    void tokensOfOlderDatabasesStayGood()
+    {
+        const QByteArray token = "AAECAwQFBgcICQoLDA0ODxAREhMUFRYXGBkaGxwdHh8";
+        QCOMPARE(tokenHash(token).toHex(),
+                 QByteArray("ba285d7e0208bffd223ed32a2051a84f463d139b7e0d100a9b30efab23fbf04b"));
+    }
+
+    void aHashHasToBeTheSameToItsEnd_data()
+    {
+        QTest::addColumn<int>("place"); // of the byte that differs; 32: one more
+        for (const int place : {0, 7, 8, 9, 31, 32}) {
+            QTest::addRow("byte %d", place) << place;
+        }
+    }
+    void aHashHasToBeTheSameToItsEnd()
+    {
+        QFETCH(int, place);
+        const QByteArray text = newToken();
+        TokenRecord token;
+        token.userId = "ann"_s;
+        token.createdAt = "2026-01-01T00:00:00Z"_s;
+        token.hash = tokenHash(text);
+        if (place == 32) {
+            token.hash.append('\0');
+        } else {
+            token.hash[place] = static_cast<char>(token.hash.at(place) ^ 1);
+        }
+        m_store->addToken(token);
+        QVERIFY(!findToken(*m_store, text));
+        token.hash = tokenHash(text);
+        const qint64 id = m_store->addToken(token);
+        QCOMPARE(findToken(*m_store, text)->id, id);
+    }
+
+    void findsHashesOfTheHighestBytes()
+    {
+        TokenRecord token;
+        token.userId = "ann"_s;
+        token.createdAt = "2026-01-01T00:00:00Z"_s;
+        token.hash = QByteArray(32, '\xff');
+        const qint64 id = m_store->addToken(token);
+        QCOMPARE(m_store->tokensByHashBeginning(QByteArray(8, '\xff')).size(), 1);
+        QCOMPARE(m_store->tokensByHashBeginning(QByteArray(8, '\xff')).first().id, id);
+        QVERIFY(m_store->tokensByHashBeginning(QByteArray(8, '\xfe')).isEmpty());
     }
 
     void readsRights()
@@ -102,7 +150,11 @@ private Q_SLOTS:
         QTest::newRow("token alone") << QByteArray("TOKEN") << 401;
         QTest::newRow("other scheme") << QByteArray("Basic TOKEN") << 401;
         QTest::newRow("empty token") << QByteArray("Bearer ") << 401;
-        QTest::newRow("wrong token") << QByteArray("Bearer TOKENx") << 401;
+        QTest::newRow("a letter too many") << QByteArray("Bearer TOKENx") << 401;
+        QTest::newRow("another one") << "Bearer " + QByteArray(43, 'A') << 401;
+        QTest::newRow("two tokens") << QByteArray("Bearer TOKEN, Bearer TOKEN") << 401;
+        QTest::newRow("null character behind") << QByteArray("Bearer TOKEN") + '\0' << 401;
+        QTest::newRow("letter of another alphabet") << "Bearer " + QByteArray(42, 'A') + "\xd0" << 401;
         QTest::newRow("its hash") << QByteArray("Bearer HASH") << 401;
         QTest::newRow("revoked") << QByteArray("Bearer REVOKED") << 401;
     }
@@ -118,6 +170,30 @@ private Q_SLOTS:
         if (status == 200) {
             QCOMPARE(Caller::fromAuthorization(header, *m_store).userId(), "ann"_s);
         }
+    }
+
+    void expires_data()
+    {
+        QTest::addColumn<QString>("expiresAt");
+        QTest::addColumn<bool>("isGood");
+        QTest::newRow("never") << QString() << true;
+        QTest::newRow("a second later") << "2026-05-06T07:08:10Z"_s << true;
+        QTest::newRow("now") << "2026-05-06T07:08:09Z"_s << false;
+        QTest::newRow("a second ago") << "2026-05-06T07:08:08Z"_s << false;
+        QTest::newRow("last year") << "2025-12-31T23:59:59Z"_s << false;
+        QTest::newRow("ten thousand years from now") << "9999-12-31T00:00:00Z"_s << true;
+    }
+    void expires()
+    {
+        QFETCH(QString, expiresAt);
+        QFETCH(bool, isGood);
+        const QByteArray header = "Bearer " + addToken("ann"_s, {}, expiresAt);
+        // In another time zone than that of the store.
+        const QDateTime now =
+            QDateTime(QDate(2026, 5, 6), QTime(7, 8, 9), Qt::UTC).toOffsetFromUtc(-9 * 3600);
+        QCOMPARE(statusOf([&] { Caller::fromAuthorization(header, *m_store, now); }), isGood ? 200 : 401);
+        QCOMPARE(m_store->tokens().first().expiresAt, expiresAt);
+        QVERIFY(m_store->hasTokens());
     }
 
     void revokingTheLastTokenOpensNothing()

@@ -71,13 +71,14 @@ private:
             200);
     }
 
-    qint64 addToken(const QString& user, QByteArray& text)
+    qint64 addToken(const QString& user, QByteArray& text, const QString& expiresAt = {})
     {
         text = PlanService::newToken();
         PlanService::TokenRecord token;
         token.hash = PlanService::tokenHash(text);
         token.userId = user;
         token.createdAt = "2026-01-01T00:00:00Z"_s;
+        token.expiresAt = expiresAt;
         return m_store->addToken(token);
     }
     QByteArray tokenWith(const QString& user, const QList<RightsRecord>& rights)
@@ -199,10 +200,41 @@ private Q_SLOTS:
         const qint64 id = addToken("ann"_s, revoked);
         m_store->setRights(id, rightsOf("p1"_s, ""_s, allRights));
         QVERIFY(m_store->revokeToken(id, "2026-01-02T00:00:00Z"_s));
+        QByteArray expired;
+        m_store->setRights(addToken("ann"_s, expired, "2026-01-02T00:00:00Z"_s),
+                           rightsOf("p1"_s, ""_s, allRights));
+        QByteArray good;
+        m_store->setRights(addToken("ann"_s, good), rightsOf("p1"_s, ""_s, allRights));
+        const QByteArray name = "Authorization: ";
         QTest::newRow("none") << QByteArray() << "tokenMissing"_s;
-        QTest::newRow("wrong") << bearer("wrong") << "tokenUnknown"_s;
-        QTest::newRow("malformed") << QByteArray("Authorization: wrong\r\n") << "tokenMalformed"_s;
+        QTest::newRow("nothing in the header") << name + "\r\n"
+                                               << "tokenMissing"_s;
+        QTest::newRow("spaces in the header") << name + " \t \r\n"
+                                              << "tokenMissing"_s;
+        QTest::newRow("no scheme") << name + good + "\r\n"
+                                   << "tokenMalformed"_s;
+        QTest::newRow("another scheme") << name + "Basic " + good + "\r\n"
+                                        << "tokenMalformed"_s;
+        QTest::newRow("scheme alone") << name + "Bearer\r\n"
+                                      << "tokenMalformed"_s;
+        QTest::newRow("scheme and spaces") << bearer("   ") << "tokenMalformed"_s;
+        QTest::newRow("tab behind the scheme") << name + "Bearer\t" + good + "\r\n"
+                                               << "tokenMalformed"_s;
+        QTest::newRow("cut off") << bearer(good.chopped(1)) << "tokenMalformed"_s;
+        QTest::newRow("a letter too many") << bearer(good + 'A') << "tokenMalformed"_s;
+        QTest::newRow("padded") << bearer(good + '=') << "tokenMalformed"_s;
+        QTest::newRow("another alphabet") << bearer(good.chopped(1) + "\xd0\xb0") << "tokenMalformed"_s;
+        QTest::newRow("long") << bearer(QByteArray(8000, 'A')) << "tokenMalformed"_s;
+        QTest::newRow("twice") << bearer(good) + bearer(good) << "tokenMalformed"_s;
+        QTest::newRow("behind another one")
+            << bearer(QByteArray(43, 'A')) + bearer(good) << "tokenMalformed"_s;
+        QTest::newRow("of somebody else") << bearer(QByteArray(43, 'A')) << "tokenUnknown"_s;
+        QTest::newRow("in a header of another name")
+            << "X-Authorization: Bearer " + good + "\r\nProxy-Authorization: Bearer " + good +
+                   "\r\nCookie: Authorization=Bearer " + good + "\r\n"
+            << "tokenMissing"_s;
         QTest::newRow("revoked") << bearer(revoked) << "tokenRevoked"_s;
+        QTest::newRow("expired") << bearer(expired) << "tokenExpired"_s;
     }
     void needsAToken()
     {

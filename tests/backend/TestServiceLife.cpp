@@ -98,7 +98,14 @@ private Q_SLOTS:
         QCOMPARE(ServiceProcess::run(QStringList{"token"_s, "revoke"_s, "4"_s} + onDatabase).exitCode, 0);
         QCOMPARE(http.get(planPath, bearer(elsewhere)).status, 401);
 
+        const QStringList create{"token"_s,          "create"_s,   "--user"_s, "di"_s,        "--project"_s,
+                                 "sample-project"_s, "--rights"_s, "read"_s,   "--expires"_s, "2999-12-31"_s};
+        const QByteArray limited =
+            ServiceProcess::run(create + onDatabase).output.trimmed().split('\n').last();
+        QCOMPARE(http.get(planPath, bearer(limited)).status, 200);
+
         const ServiceRun list = ServiceProcess::run(QStringList{"token"_s, "list"_s} + onDatabase);
+        QVERIFY2(list.output.contains("good until 3000-01-01T00:00:00Z"), list.output.constData());
         QVERIFY(list.output.contains("chen.jie") && list.output.contains("read=own") &&
                 list.output.contains("revoked 2"));
         QFile database(service.databaseFile());
@@ -106,7 +113,7 @@ private Q_SLOTS:
         QFile writeAhead(service.databaseFile() + "-wal"_s);
         QVERIFY(writeAhead.open(QIODevice::ReadOnly));
         const QByteArray stored = database.readAll() + writeAhead.readAll();
-        for (const QByteArray& token : {all, creator, worker, elsewhere, category}) {
+        for (const QByteArray& token : {all, creator, worker, elsewhere, category, limited}) {
             QVERIFY(!list.output.contains(token));
             QVERIFY(!service.log().contains(token));
             QVERIFY(!stored.contains(token));
@@ -298,6 +305,14 @@ private Q_SLOTS:
             << QStringList{"token"_s, "create"_s,    "--database"_s, "DB"_s,       "--user"_s,
                            "u"_s,     "--project"_s, "p"_s,          "--rights"_s, "fly"_s}
             << "'fly'"_s;
+        QTest::newRow("token for days gone by")
+            << QStringList{"token"_s,     "create"_s, "--database"_s, "DB"_s,   "--user"_s,    "u"_s,
+                           "--project"_s, "p"_s,      "--rights"_s,   "read"_s, "--expires"_s, "2026-01-31"_s}
+            << "2026-01-31"_s;
+        QTest::newRow("no such last day")
+            << QStringList{"token"_s,     "create"_s, "--database"_s, "DB"_s,   "--user"_s,    "u"_s,
+                           "--project"_s, "p"_s,      "--rights"_s,   "read"_s, "--expires"_s, "tomorrow"_s}
+            << "tomorrow"_s;
         QTest::newRow("no such token")
             << QStringList{"token"_s, "revoke"_s, "7"_s, "--database"_s, "DB"_s} << "7"_s;
         QTest::newRow("token is no number")
