@@ -1,3 +1,4 @@
+#include "../access/Exposure.h"
 #include "../endpoints/Endpoints.h"
 #include "../http/AccessLog.h"
 #include "../http/Service.h"
@@ -21,8 +22,16 @@ void addServeOptions(Options& options)
     options.add(QStringLiteral("database"), QStringLiteral("The database file."), QStringLiteral("FILE"));
     options.add(QStringLiteral("create"), QStringLiteral("Create the database when the file is missing."));
     options.add(QStringLiteral("listen"),
-                QStringLiteral("Address to listen on. Without tokens only a loopback address is accepted."),
+                QStringLiteral("Address to listen on. Any but a loopback address takes tokens and TLS."),
                 QStringLiteral("ADDRESS"), QStringLiteral("127.0.0.1"));
+    options.add(QStringLiteral("without-tokens"),
+                QStringLiteral("Listen on any address without tokens, which is said with the words ") +
+                    withoutTokensPhrase() + QLatin1Char('.'),
+                QStringLiteral("WORDS"));
+    options.add(QStringLiteral("without-tls"),
+                QStringLiteral("Listen on any address without TLS, which is said with the words ") +
+                    withoutTlsPhrase() + QLatin1Char('.'),
+                QStringLiteral("WORDS"));
     options.add(QStringLiteral("port"), QStringLiteral("Port; 0 takes a free one."), QStringLiteral("N"),
                 QStringLiteral("8700"));
     options.add(QStringLiteral("workers"), QStringLiteral("Threads that use the database."),
@@ -52,12 +61,6 @@ void returnLargeBlocks()
 #ifdef __GLIBC__
     mallopt(M_MMAP_THRESHOLD, 128 * 1024);
 #endif
-}
-
-bool isLoopback(const QString& address)
-{
-    return address == QLatin1String("localhost") || address == QLatin1String("::1") ||
-           address.startsWith(QLatin1String("127."));
 }
 
 } // namespace
@@ -90,12 +93,9 @@ int runServe(const QStringList& arguments)
         const auto store =
             openStore(database, options.has(QStringLiteral("create")) ? MissingDatabase::Create
                                                                       : MissingDatabase::Refuse);
-        if (!store->hasTokens() && !isLoopback(settings.address)) {
-            throw Failure(
-                QStringLiteral("refusing to listen on %1 without tokens, everybody could read everything; "
-                               "create one with planservice token create, or listen on 127.0.0.1")
-                    .arg(settings.address));
-        }
+        refuseUnsafe({settings.address, store->hasTokens(), false,
+                      options.text(QStringLiteral("without-tokens")),
+                      options.text(QStringLiteral("without-tls"))});
     }
     const Router router(serviceRoutes());
     WorkerPool workers(workerCount, longestQueue, [database] { return connectStore(database); });

@@ -285,6 +285,19 @@ private Q_SLOTS:
             << QStringList{"serve"_s, "--database"_s, "DB"_s, "--listen"_s, "nowhere"_s} << "nowhere"_s;
         QTest::newRow("everybody may come in, without tokens")
             << QStringList{"serve"_s, "--database"_s, "DB"_s, "--listen"_s, "0.0.0.0"_s} << "0.0.0.0"_s;
+        QTest::newRow("everybody may come in, with words that do not say so")
+            << QStringList{"serve"_s,   "--database"_s,       "DB"_s, "--listen"_s,
+                           "0.0.0.0"_s, "--without-tokens"_s, "yes"_s}
+            << "'yes'"_s;
+        QTest::newRow("everybody may listen in, without TLS")
+            << QStringList{"serve"_s,
+                           "--database"_s,
+                           "DB"_s,
+                           "--listen"_s,
+                           "0.0.0.0"_s,
+                           "--without-tokens"_s,
+                           "everybody-may-read-and-change-everything"_s}
+            << "without TLS"_s;
         QTest::newRow("log in a folder that is not there")
             << QStringList{"serve"_s, "--database"_s, "DB"_s, "--log"_s, "NOWHERE/log"_s} << "NOWHERE/log"_s;
         QTest::newRow("no workers") << QStringList{"serve"_s, "--database"_s, "DB"_s, "--workers"_s, "0"_s}
