@@ -9,14 +9,14 @@ int taskState(const KvPlanNode& task, const QDate& today)
     const QDate finished = task.actualFinishDate.date();
     if (finished.isValid()) {
         if (!finish.isValid() || finished == finish)
-            return 4;
-        return finished < finish ? 5 : 6;
+            return TaskState::Finished;
+        return finished < finish ? TaskState::FinishedAhead : TaskState::FinishedLate;
     }
     if (task.finishedPercentage >= 100.0)
-        return 4;
+        return TaskState::Finished;
     if (task.actualStartDate.isValid() || task.finishedPercentage > 0.0)
-        return finish.isValid() && finish < today ? 3 : 2;
-    return start.isValid() && start < today ? 1 : 0;
+        return finish.isValid() && finish < today ? TaskState::InProgressLate : TaskState::InProgress;
+    return start.isValid() && start < today ? TaskState::NotStartedLate : TaskState::NotStarted;
 }
 
 QString taskStateText(int state)

@@ -1,0 +1,52 @@
+#include "SimulationColours.h"
+
+#include <iterator>
+
+namespace {
+
+// In the order of the states.
+constexpr bool TimeLineSet::*stateFlags[] = {&TimeLineSet::NonStartClr,    &TimeLineSet::NotStartDelayClr,
+                                             &TimeLineSet::ProcessingClr,  &TimeLineSet::ProcessingDelayClr,
+                                             &TimeLineSet::FinishClr,      &TimeLineSet::FinishAheadClr,
+                                             &TimeLineSet::FinishBehindClr};
+static_assert(std::size(stateFlags) == TaskState::count);
+
+bool isState(int state)
+{
+    return state >= 0 && state < TaskState::count;
+}
+
+} // namespace
+
+int shownState(int state, const TimeLineSet& set)
+{
+    if (set.DisplayDelay)
+        return state;
+    switch (state) {
+    case TaskState::NotStartedLate:
+        return TaskState::NotStarted;
+    case TaskState::InProgressLate:
+        return TaskState::InProgress;
+    case TaskState::FinishedLate:
+        return TaskState::Finished;
+    default:
+        return state;
+    }
+}
+
+bool isStatePainted(int state, const TimeLineSet& set)
+{
+    return set.DisplayStateColor && isState(state) && set.*stateFlags[state];
+}
+
+void setStatePainted(int state, bool isPainted, TimeLineSet& set)
+{
+    if (isState(state))
+        set.*stateFlags[state] = isPainted;
+}
+
+QColor stateColour(int state, const TimeLineSet& set, const QList<QColor>& colours)
+{
+    const int shown = shownState(state, set);
+    return isStatePainted(shown, set) ? colours.value(shown) : QColor();
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "TaskState.h"
+
+#include <setting/KvTimeLineSet.h>
+
+#include <QtCore/QList>
+#include <QtGui/QColor>
+
+/// The state as it is shown: while delays are not shown (DisplayDelay), a late task has the state it would
+/// have in time.
+int shownState(int state, const TimeLineSet& set);
+
+/// Whether elements in that state are painted: DisplayStateColor and the state's own flag.
+bool isStatePainted(int state, const TimeLineSet& set);
+void setStatePainted(int state, bool isPainted, TimeLineSet& set);
+
+/// The colour of an element in a state. Invalid when it is not painted: what stands of it then shows its own
+/// material, and one that is not built yet is not to be seen at all.
+/// @param colours those of KvPlanSetting::GetSimulateColor()
+QColor stateColour(int state, const TimeLineSet& set, const QList<QColor>& colours);
