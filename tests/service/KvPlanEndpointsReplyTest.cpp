@@ -1,19 +1,13 @@
 // What the endpoint functions for plans make of a reply, and what a failure leaves in the caller's records.
 
+#include "EndpointFailuresFixture.h"
+
 #include <service/KvPlanEndpoints.h>
 
-#include <KvNetwork/KvBaseApi.h>
-#include <KvSoftBase/KvSoftBase.h>
-
 #include <model/KvPlanRecordsDump.h>
-#include <support/ScriptedServer.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
-#include <QtTest/QtTest>
-
-#include <functional>
-
 using KvTest::difference;
 using KvTest::dump;
 using KvTest::fullPlan;
@@ -23,7 +17,6 @@ using PlanCall = std::function<bool(KvPlan&)>;
 using ListCall = std::function<bool(QList<KvPlan>&)>;
 Q_DECLARE_METATYPE(PlanCall)
 Q_DECLARE_METATYPE(ListCall)
-Q_DECLARE_METATYPE(KvTest::Reply)
 
 namespace {
 
@@ -75,50 +68,28 @@ const ListCall readPage = [](QList<KvPlan>& plans) {
 
 } // namespace
 
-class KvPlanEndpointsReplyTest : public QObject
+class KvPlanEndpointsReplyTest : public EndpointFailuresFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
     void planIsRead_data() { planCalls(); }
     void planIsRead();
-    void planOfAFailure_data() { planCalls(); }
-    void planOfAFailure();
     void listIsAppended_data() { listCalls(); }
     void listIsAppended();
     void listTakesObjectsOnly_data() { listCalls(); }
     void listTakesObjectsOnly();
-    void listOfAFailure_data() { listCalls(); }
-    void listOfAFailure();
     void count_data();
     void count();
-    void countOfAFailure();
     void deletion_data();
     void deletion();
-    void nobodyListens();
 
 private:
     static void planCalls();
     static void listCalls();
-    static QList<Reply> failures();
-
-    KvTest::ScriptedServer m_server;
+    QJsonObject toldObject() const override;
+    void verifyFailures(const std::function<void()>& prepare) override;
 };
-
-void KvPlanEndpointsReplyTest::init()
-{
-    KvBaseApi::GetInstance().setBaseApi(m_server.baseUrl());
-    GetSoftCache()->setCurrentProjectId(QStringLiteral("project-1"));
-}
-
-void KvPlanEndpointsReplyTest::cleanup()
-{
-    // Without closing the connection: a POST that meets a closed one is not sent again.
-    m_server.forgetRequests();
-    QCOMPARE(m_server.complaint(), QString());
-}
 
 void KvPlanEndpointsReplyTest::planCalls()
 {
@@ -136,20 +107,6 @@ void KvPlanEndpointsReplyTest::listCalls()
     QTest::newRow("page") << readPage;
 }
 
-// All of them with a body that would be read if the status were another. Each leaves the connection usable.
-QList<Reply> KvPlanEndpointsReplyTest::failures()
-{
-    QList<Reply> replies;
-    for (const int status : {400, 401, 403, 404, 409, 500, 503})
-        replies.append(Reply::json(planObject(told, told), status));
-    replies.append(Reply::json(QJsonArray{planObject(told, told)}, 500));
-    replies.append(Reply::text("<html>told</html>", "text/html", 502));
-    replies.append(Reply::text("<html>told</html>", "text/html"));
-    replies.append(Reply::text(R"({"_id": "told", "name": )", "application/json"));
-    replies.append(Reply::text(R"([{"_id": "told"}, )", "application/json"));
-    return replies;
-}
-
 void KvPlanEndpointsReplyTest::planIsRead()
 {
     QFETCH(PlanCall, call);
@@ -158,7 +115,7 @@ void KvPlanEndpointsReplyTest::planIsRead()
     object.insert(QStringLiteral("createdBy"), QStringLiteral("li"));
     object.insert(QStringLiteral("public"), 3);
     object.insert(QStringLiteral("tasks"), QJsonArray{planObject(QStringLiteral("n1"), told)});
-    m_server.enqueue(Reply::json(object));
+    m_server->enqueue(Reply::json(object));
     KvPlan plan = fullPlan();
     KvPlan wanted = emptied(plan);
     QVERIFY(call(plan));
@@ -172,26 +129,13 @@ void KvPlanEndpointsReplyTest::planIsRead()
     QCOMPARE(plan.planNodes.first().name, told);
     plan.planNodes.clear();
     QCOMPARE(difference(dump(plan), dump(wanted)), QString());
-    QCOMPARE(m_server.requestCount(), 1);
+    QCOMPARE(m_server->requestCount(), 1);
 
     // JSON of another shape is a success that tells nothing.
-    m_server.enqueue(Reply::json(QJsonArray{object}));
+    m_server->enqueue(Reply::json(QJsonArray{object}));
     plan = fullPlan();
     QVERIFY(call(plan));
     QCOMPARE(difference(dump(plan), dump(emptied(plan))), QString());
-}
-
-void KvPlanEndpointsReplyTest::planOfAFailure()
-{
-    QFETCH(PlanCall, call);
-    const QList<Reply> replies = failures();
-    for (const Reply& reply : replies) {
-        m_server.enqueue(reply);
-        KvPlan plan = fullPlan();
-        QVERIFY2(!call(plan), reply.body.constData());
-        QCOMPARE(difference(dump(plan), dump(emptied(fullPlan()))), QString());
-    }
-    QCOMPARE(m_server.requestCount(), replies.size()); // nothing is retried after an answer
 }
 
 void KvPlanEndpointsReplyTest::listIsAppended()
@@ -202,9 +146,9 @@ void KvPlanEndpointsReplyTest::listIsAppended()
     QJsonArray array;
     for (const QString& name : order)
         array.append(planObject(QStringLiteral("id of ") + name, name));
-    m_server.enqueue(Reply::json(array));
-    m_server.enqueue(Reply::json(array));
-    m_server.enqueue(Reply::json(QJsonArray()));
+    m_server->enqueue(Reply::json(array));
+    m_server->enqueue(Reply::json(array));
+    m_server->enqueue(Reply::json(QJsonArray()));
     QList<KvPlan> plans{fullPlan()};
     QVERIFY(call(plans));
     QVERIFY(call(plans));
@@ -220,30 +164,15 @@ void KvPlanEndpointsReplyTest::listIsAppended()
 void KvPlanEndpointsReplyTest::listTakesObjectsOnly()
 {
     QFETCH(ListCall, call);
-    m_server.enqueue(Reply::json(QJsonArray{QJsonValue(), 1, QStringLiteral("text"), QJsonArray{1},
-                                            planObject(p1, told), QJsonObject()}));
+    m_server->enqueue(Reply::json(QJsonArray{QJsonValue(), 1, QStringLiteral("text"), QJsonArray{1},
+                                             planObject(p1, told), QJsonObject()}));
     QList<KvPlan> plans;
     QVERIFY(call(plans));
     QCOMPARE(namesOf(plans), (QStringList{told, QString()}));
     // One object is no list.
-    m_server.enqueue(Reply::json(planObject(p1, told)));
+    m_server->enqueue(Reply::json(planObject(p1, told)));
     QVERIFY(call(plans));
     QCOMPARE(plans.size(), 2);
-}
-
-void KvPlanEndpointsReplyTest::listOfAFailure()
-{
-    QFETCH(ListCall, call);
-    const QList<Reply> replies = failures();
-    for (const Reply& reply : replies) {
-        m_server.enqueue(reply);
-        QList<KvPlan> plans{fullPlan(1), fullPlan(2)};
-        QVERIFY2(!call(plans), reply.body.constData());
-        QCOMPARE(plans.size(), 2);
-        QCOMPARE(difference(dump(plans.at(0)), dump(fullPlan(1))), QString());
-        QCOMPARE(difference(dump(plans.at(1)), dump(fullPlan(2))), QString());
-    }
-    QCOMPARE(m_server.requestCount(), replies.size());
 }
 
 void KvPlanEndpointsReplyTest::count_data()
@@ -269,22 +198,10 @@ void KvPlanEndpointsReplyTest::count()
 {
     QFETCH(QByteArray, body);
     QFETCH(int, expected);
-    m_server.enqueue(Reply::text(body, "application/json"));
+    m_server->enqueue(Reply::text(body, "application/json"));
     int result = 77;
     QVERIFY(Kv::requestPlanRangeCount(KvPlanCondition(), result));
     QCOMPARE(result, expected);
-}
-
-void KvPlanEndpointsReplyTest::countOfAFailure()
-{
-    QList<Reply> replies = failures();
-    replies.append(Reply::json(QJsonObject{{QStringLiteral("count"), 5}}, 500));
-    for (const Reply& reply : qAsConst(replies)) {
-        m_server.enqueue(reply);
-        int result = 77;
-        QVERIFY2(!Kv::requestPlanRangeCount(KvPlanCondition(), result), reply.body.constData());
-        QCOMPARE(result, 0);
-    }
 }
 
 void KvPlanEndpointsReplyTest::deletion_data()
@@ -304,27 +221,39 @@ void KvPlanEndpointsReplyTest::deletion()
 {
     QFETCH(Reply, reply);
     QFETCH(bool, expected);
-    m_server.enqueue(reply);
+    m_server->enqueue(reply);
     QCOMPARE(Kv::requestDeletePlan(p1), expected);
-    QCOMPARE(m_server.requestCount(), 1);
+    QCOMPARE(m_server->requestCount(), 1);
 }
 
-void KvPlanEndpointsReplyTest::nobodyListens()
+QJsonObject KvPlanEndpointsReplyTest::toldObject() const
 {
-    KvBaseApi::GetInstance().setBaseApi(KvTest::ScriptedServer::refusingUrl());
+    QJsonObject object = planObject(told, told);
+    object.insert(QStringLiteral("count"), 5);
+    return object;
+}
+
+void KvPlanEndpointsReplyTest::verifyFailures(const std::function<void()>& prepare)
+{
     for (const PlanCall& call : {readOne, create, copy, update}) {
+        prepare();
         KvPlan plan = fullPlan();
         QVERIFY(!call(plan));
         QCOMPARE(difference(dump(plan), dump(emptied(fullPlan()))), QString());
     }
     for (const ListCall& call : {readAll, readPage}) {
-        QList<KvPlan> plans{fullPlan()};
+        prepare();
+        QList<KvPlan> plans{fullPlan(1), fullPlan(2)};
         QVERIFY(!call(plans));
-        QCOMPARE(plans.size(), 1);
+        QCOMPARE(plans.size(), 2);
+        QCOMPARE(difference(dump(plans.at(0)), dump(fullPlan(1))), QString());
+        QCOMPARE(difference(dump(plans.at(1)), dump(fullPlan(2))), QString());
     }
+    prepare();
     int result = 77;
     QVERIFY(!Kv::requestPlanRangeCount(KvPlanCondition(), result));
     QCOMPARE(result, 0);
+    prepare();
     QVERIFY(!Kv::requestDeletePlan(p1));
 }
 

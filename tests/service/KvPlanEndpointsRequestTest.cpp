@@ -1,26 +1,19 @@
 // What the endpoint functions for plans put on the wire: verb, target and body, byte for byte.
 
+#include "EndpointRequestsFixture.h"
+
 #include <service/KvPlanEndpoints.h>
 #include <service/KvQueryFilter.h>
 
-#include <KvNetwork/KvBaseApi.h>
-#include <KvSoftBase/KvSoftBase.h>
-
 #include <model/KvPlanRecordsDump.h>
-#include <support/ScriptedServer.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
 #include <QtCore/QLocale>
 #include <QtTest/QtTest>
 
-#include <functional>
-
 using KvTest::fullPlan;
 using KvTest::Reply;
-
-using Call = std::function<bool()>;
-Q_DECLARE_METATYPE(Call)
 
 namespace {
 
@@ -71,50 +64,23 @@ bool create(const QString& projectId, const QString& name)
 
 } // namespace
 
-class KvPlanEndpointsRequestTest : public QObject
+class KvPlanEndpointsRequestTest : public EndpointRequestsFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
     void request_data();
-    void request();
     void projectIsReadAnew();
     void numbersIgnoreTheUsersLanguage();
     void filterArrivesUnchanged_data();
     void filterArrivesUnchanged();
     void createdPlanGetsTheProject_data();
     void createdPlanGetsTheProject();
-
-private:
-    KvTest::ScriptedServer m_server;
 };
-
-void KvPlanEndpointsRequestTest::init()
-{
-    KvBaseApi::GetInstance().setBaseApi(m_server.baseUrl());
-    GetSoftCache()->setCurrentProjectId(QStringLiteral("project-1"));
-}
-
-void KvPlanEndpointsRequestTest::cleanup()
-{
-    // Without closing the connection: a POST that meets a closed one is not sent again.
-    m_server.forgetRequests();
-    QCOMPARE(m_server.complaint(), QString());
-    QLocale::setDefault(QLocale::c());
-}
 
 void KvPlanEndpointsRequestTest::request_data()
 {
-    QTest::addColumn<Call>("call");
-    QTest::addColumn<QByteArray>("method");
-    QTest::addColumn<QByteArray>("target"); // behind the service's prefix
-    QTest::addColumn<QByteArray>("body");
-    const auto row = [](const char* name, const Call& call, const char* method, const QByteArray& target,
-                        const QByteArray& body = QByteArray()) {
-        QTest::newRow(name) << call << QByteArray(method) << target << body;
-    };
+    requestColumns();
     const auto readOne = [] {
         KvPlan plan;
         return Kv::requestPlanById(p1, plan);
@@ -123,8 +89,8 @@ void KvPlanEndpointsRequestTest::request_data()
         QList<KvPlan> plans;
         return Kv::requestAllPlans(plans);
     };
-    row("one", readOne, "GET", "plans/p1");
-    row("all", readAll, "GET", "projects/project-1/plans");
+    row("one", "GET", "plans/p1", readOne);
+    row("all", "GET", "projects/project-1/plans", readAll);
 
     const QByteArray list = "projects/project-1/plans?where=";
     const QByteArray towers = "%7B%22name%22:%7B%22$options%22:%22i%22,%22$regex%22:%22tower%201%22%7D%7D";
@@ -133,37 +99,28 @@ void KvPlanEndpointsRequestTest::request_data()
     const QByteArray changedInMay =
         "%7B%22$or%22:%5B%7B%22createdAt%22:" + may + "%7D,%7B%22updatedAt%22:" + may + "%7D%5D%7D";
     const KvPlanCondition tower = named(QStringLiteral("tower 1"), QStringLiteral("a b"));
-    row(
-        "count of all", [] { return count(anyPlan()); }, "GET", list + "%7B%7D&only_count=true");
-    row(
-        "count of some", [=] { return count(tower); }, "GET",
-        list + towers + "&category=a%20b&only_count=true");
-    row(
-        "count of dates", [] { return count(inMay()); }, "GET", list + changedInMay + "&only_count=true");
-    row(
-        "first page", [] { return page(anyPlan(), 0, 20); }, "GET", list + "%7B%7D&skip=0&limit=20");
-    row(
-        "page of some", [=] { return page(tower, 40, 20); }, "GET",
-        list + towers + "&category=a%20b&skip=40&limit=20");
-    row(
-        "page of dates", [] { return page(inMay(), 1, 2); }, "GET", list + changedInMay + "&skip=1&limit=2");
-    row(
-        "empty page", [] { return page(anyPlan(), 0, 0); }, "GET", list + "%7B%7D&skip=0&limit=0");
-    row(
-        "numbers are not checked", [] { return page(anyPlan(), -1, -20); }, "GET",
-        list + "%7B%7D&skip=-1&limit=-20");
-    row(
-        "largest numbers", [] { return page(anyPlan(), 2147483647, 2147483647); }, "GET",
-        list + "%7B%7D&skip=2147483647&limit=2147483647");
+    row("count of all", "GET", list + "%7B%7D&only_count=true", [] { return count(anyPlan()); });
+    row("count of some", "GET", list + towers + "&category=a%20b&only_count=true",
+        [=] { return count(tower); });
+    row("count of dates", "GET", list + changedInMay + "&only_count=true", [] { return count(inMay()); });
+    row("first page", "GET", list + "%7B%7D&skip=0&limit=20", [] { return page(anyPlan(), 0, 20); });
+    row("page of some", "GET", list + towers + "&category=a%20b&skip=40&limit=20",
+        [=] { return page(tower, 40, 20); });
+    row("page of dates", "GET", list + changedInMay + "&skip=1&limit=2", [] { return page(inMay(), 1, 2); });
+    row("empty page", "GET", list + "%7B%7D&skip=0&limit=0", [] { return page(anyPlan(), 0, 0); });
+    row("numbers are not checked", "GET", list + "%7B%7D&skip=-1&limit=-20",
+        [] { return page(anyPlan(), -1, -20); });
+    row("largest numbers", "GET", list + "%7B%7D&skip=2147483647&limit=2147483647",
+        [] { return page(anyPlan(), 2147483647, 2147483647); });
 
     row(
-        "create", [] { return create(QString(), QStringLiteral("主楼 \"A\"")); }, "POST", "plans",
+        "create", "POST", "plans", [] { return create(QString(), QStringLiteral("主楼 \"A\"")); },
         QByteArray("{\"name\":\"主楼 \\\"A\\\"\",\"projectData\":[],\"projectId\":\"project-1\"}"));
     const auto copy = [] {
         KvPlan plan = fullPlan(); // nothing of it is sent
         return Kv::requestCopyPlan(p1, plan);
     };
-    row("copy", copy, "PUT", "plans/p1/copy", "{}");
+    row("copy", "PUT", "plans/p1/copy", copy, "{}");
     const auto rename = [] {
         KvPlan cached;
         cached.id = p1;
@@ -171,42 +128,22 @@ void KvPlanEndpointsRequestTest::request_data()
         plan.name = QStringLiteral("B");
         return Kv::requestUpdatePlan(cached, plan);
     };
-    row("update", rename, "PUT", "plans/p1", "{\"name\":\"B\"}");
-    row(
-        "delete", [] { return Kv::requestDeletePlan(p1); }, "DELETE", "plans/p1");
+    row("update", "PUT", "plans/p1", rename, "{\"name\":\"B\"}");
+    row("delete", "DELETE", "plans/p1", [] { return Kv::requestDeletePlan(p1); });
     const auto deleteSpecial = [] {
         return Kv::requestDeletePlan(QStringLiteral("a b#c+100%"));
     };
-    row("delete by a special id", deleteSpecial, "DELETE", "plans/a%20b%23c%2B100%25");
+    row("delete by a special id", "DELETE", "plans/a%20b%23c%2B100%25", deleteSpecial);
     const auto copySpecial = [] {
         KvPlan plan;
         return Kv::requestCopyPlan(QStringLiteral("层"), plan);
     };
-    row("copy by a Chinese id", copySpecial, "PUT", "plans/%E5%B1%82/copy", "{}");
-}
-
-void KvPlanEndpointsRequestTest::request()
-{
-    QFETCH(Call, call);
-    QFETCH(QByteArray, method);
-    QFETCH(QByteArray, target);
-    QFETCH(QByteArray, body);
-    // Objects, lists and nothing at all are a success alike: the reply parses.
-    m_server.enqueue(Reply::json(QJsonObject()));
-    QVERIFY(call());
-    QCOMPARE(m_server.requestCount(), 1);
-    const KvTest::Request request = m_server.lastRequest();
-    QCOMPARE(request.method, method);
-    QCOMPARE(request.target, "/task-service/" + target);
-    QCOMPARE(request.body, body);
-    QCOMPARE(request.header("Content-Type"), body.isEmpty() ? QByteArray() : QByteArray("application/json"));
+    row("copy by a Chinese id", "PUT", "plans/%E5%B1%82/copy", copySpecial, "{}");
 }
 
 void KvPlanEndpointsRequestTest::projectIsReadAnew()
 {
-    const QList<QPair<QString, QByteArray>> projects{
-        {QStringLiteral("one"), "one"}, {QStringLiteral("第 2#+"), "%E7%AC%AC%202%23%2B"}, {QString(), ""}};
-    for (const auto& project : projects) {
+    for (const auto& project : projects()) {
         GetSoftCache()->setCurrentProjectId(project.first);
         const QByteArray path = "/task-service/projects/" + project.second + "/plans";
         for (int i = 0; i < 4; ++i)

@@ -1,11 +1,10 @@
 // What a changed plan sends: the differences to the cached one, and nothing where there is none.
 
+#include "EndpointsFixture.h"
+
 #include <service/KvPlanEndpoints.h>
 
-#include <KvNetwork/KvBaseApi.h>
-
 #include <model/KvPlanRecordsDump.h>
-#include <support/ScriptedServer.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
@@ -21,34 +20,17 @@ using KvTest::Reply;
 using Edit = std::function<void(KvPlan&)>;
 Q_DECLARE_METATYPE(Edit)
 
-class KvPlanEndpointsUpdateTest : public QObject
+class KvPlanEndpointsUpdateTest : public EndpointsFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
     void sendsWhatDiffers_data();
     void sendsWhatDiffers();
     void goesToTheCachedPlan();
     void withoutDifference_data();
     void withoutDifference();
-
-private:
-    KvTest::ScriptedServer m_server;
 };
-
-void KvPlanEndpointsUpdateTest::init()
-{
-    KvBaseApi::GetInstance().setBaseApi(m_server.baseUrl());
-}
-
-void KvPlanEndpointsUpdateTest::cleanup()
-{
-    // Without closing the connection: a POST that meets a closed one is not sent again.
-    m_server.forgetRequests();
-    QCOMPARE(m_server.complaint(), QString());
-}
 
 void KvPlanEndpointsUpdateTest::sendsWhatDiffers_data()
 {

@@ -1,11 +1,7 @@
 // What the endpoint functions for plan nodes make of a reply.
 
+#include "EndpointsFixture.h"
 #include "KvPlanNodeCalls.h"
-
-#include <KvNetwork/KvBaseApi.h>
-#include <KvSoftBase/KvSoftBase.h>
-
-#include <support/ScriptedServer.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
@@ -28,13 +24,11 @@ QStringList namesOf(const QList<KvPlanNode>& nodes)
 
 } // namespace
 
-class KvPlanNodeEndpointsReplyTest : public QObject
+class KvPlanNodeEndpointsReplyTest : public EndpointsFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
     void nodeIsRead_data() { nodeCalls(); }
     void nodeIsRead();
     void predecessorsOfTheReplyAreAdded_data() { nodeCalls(); }
@@ -54,22 +48,7 @@ private Q_SLOTS:
 private:
     static void nodeCalls();
     static void listCalls();
-
-    KvTest::ScriptedServer m_server;
 };
-
-void KvPlanNodeEndpointsReplyTest::init()
-{
-    KvBaseApi::GetInstance().setBaseApi(m_server.baseUrl());
-    GetSoftCache()->setCurrentProjectId(QStringLiteral("project-1"));
-}
-
-void KvPlanNodeEndpointsReplyTest::cleanup()
-{
-    // Without closing the connection: a POST that meets a closed one is not sent again.
-    m_server.forgetRequests();
-    QCOMPARE(m_server.complaint(), QString());
-}
 
 void KvPlanNodeEndpointsReplyTest::nodeCalls()
 {

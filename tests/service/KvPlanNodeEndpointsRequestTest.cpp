@@ -1,13 +1,11 @@
 // What the endpoint functions for plan nodes put on the wire: verb, target and body, byte for byte.
 
+#include "EndpointRequestsFixture.h"
+
 #include <service/KvPlanNodeEndpoints.h>
 #include <service/KvQueryFilter.h>
 
-#include <KvNetwork/KvBaseApi.h>
-#include <KvSoftBase/KvSoftBase.h>
-
 #include <model/KvPlanRecordsDump.h>
-#include <support/ScriptedServer.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -15,13 +13,9 @@
 #include <QtCore/QLocale>
 #include <QtTest/QtTest>
 
-#include <functional>
-
 using KvTest::fullPlanNode;
 using KvTest::Reply;
 
-using Call = std::function<bool()>;
-Q_DECLARE_METATYPE(Call)
 Q_DECLARE_METATYPE(KvPlanNodeCondition)
 
 namespace {
@@ -91,15 +85,12 @@ QByteArray freshNodeBody(const QByteArray& name, const QByteArray& projectId)
 
 } // namespace
 
-class KvPlanNodeEndpointsRequestTest : public QObject
+class KvPlanNodeEndpointsRequestTest : public EndpointRequestsFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
     void request_data();
-    void request();
     void withoutPlanNothingIsSent_data();
     void withoutPlanNothingIsSent();
     void withoutPlansNothingIsSent();
@@ -111,35 +102,11 @@ private Q_SLOTS:
     void categoryArrivesUnchanged();
     void deletedIdsArriveUnchanged_data();
     void deletedIdsArriveUnchanged();
-
-private:
-    KvTest::ScriptedServer m_server;
 };
-
-void KvPlanNodeEndpointsRequestTest::init()
-{
-    KvBaseApi::GetInstance().setBaseApi(m_server.baseUrl());
-    GetSoftCache()->setCurrentProjectId(QStringLiteral("project-1"));
-}
-
-void KvPlanNodeEndpointsRequestTest::cleanup()
-{
-    // Without closing the connection: a POST that meets a closed one is not sent again.
-    m_server.forgetRequests();
-    QCOMPARE(m_server.complaint(), QString());
-    QLocale::setDefault(QLocale::c());
-}
 
 void KvPlanNodeEndpointsRequestTest::request_data()
 {
-    QTest::addColumn<Call>("call");
-    QTest::addColumn<QByteArray>("method");
-    QTest::addColumn<QByteArray>("target"); // behind the service's prefix
-    QTest::addColumn<QByteArray>("body");
-    const auto row = [](const char* name, const char* method, const QByteArray& target, const Call& call,
-                        const QByteArray& body = QByteArray()) {
-        QTest::newRow(name) << call << QByteArray(method) << target << body;
-    };
+    requestColumns();
     row("one", "GET", "planNodes/n1?expand=true", [] {
         KvPlanNode node;
         return Kv::requestPlanNodeById(n1, node);
@@ -216,28 +183,6 @@ void KvPlanNodeEndpointsRequestTest::request_data()
         [] { return Kv::requestDeletePlanNodes({}); });
 }
 
-void KvPlanNodeEndpointsRequestTest::request()
-{
-    QFETCH(Call, call);
-    QFETCH(QByteArray, method);
-    QFETCH(QByteArray, target);
-    QFETCH(QByteArray, body);
-    // The flag is the reply's, one way and the other.
-    m_server.enqueue(Reply::json(QJsonObject()));
-    QVERIFY(call());
-    QCOMPARE(m_server.requestCount(), 1);
-    const KvTest::Request request = m_server.lastRequest();
-    QCOMPARE(request.method, method);
-    QCOMPARE(request.target, "/task-service/" + target);
-    QCOMPARE(request.body, body);
-    QCOMPARE(request.header("Content-Type"), body.isEmpty() ? QByteArray() : QByteArray("application/json"));
-    m_server.enqueue(Reply::json(QJsonObject(), 409));
-    QVERIFY(!call());
-    QCOMPARE(m_server.requestCount(), 2);
-    QCOMPARE(m_server.lastRequest().target, request.target);
-    QCOMPARE(m_server.lastRequest().body, request.body);
-}
-
 void KvPlanNodeEndpointsRequestTest::withoutPlanNothingIsSent_data()
 {
     QTest::addColumn<KvPlanNodeCondition>("condition");
@@ -273,9 +218,7 @@ void KvPlanNodeEndpointsRequestTest::withoutPlansNothingIsSent()
 
 void KvPlanNodeEndpointsRequestTest::projectIsReadAnew()
 {
-    const QList<QPair<QString, QByteArray>> projects{
-        {QStringLiteral("one"), "one"}, {QStringLiteral("第 2#+"), "%E7%AC%AC%202%23%2B"}, {QString(), ""}};
-    for (const auto& project : projects) {
+    for (const auto& project : projects()) {
         GetSoftCache()->setCurrentProjectId(project.first);
         const QByteArray path = "/task-service/projects/" + project.second + "/planNodes";
         for (int i = 0; i < 4; ++i)

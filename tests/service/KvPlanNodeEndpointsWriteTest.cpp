@@ -1,13 +1,11 @@
 // What created and changed plan nodes send: the project of the new ones, the differences of the edited ones,
 // and nothing where there is none.
 
+#include "EndpointsFixture.h"
+
 #include <service/KvPlanNodeEndpoints.h>
 
-#include <KvNetwork/KvBaseApi.h>
-#include <KvSoftBase/KvSoftBase.h>
-
 #include <model/KvPlanRecordsDump.h>
-#include <support/ScriptedServer.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
@@ -74,13 +72,11 @@ void changeWhatIsNotWritten(KvPlanNode& node)
 
 } // namespace
 
-class KvPlanNodeEndpointsWriteTest : public QObject
+class KvPlanNodeEndpointsWriteTest : public EndpointsFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
     void createdNodeGetsTheProject_data();
     void createdNodeGetsTheProject();
     void createdNodesAllGetTheProject();
@@ -93,23 +89,7 @@ private Q_SLOTS:
     void manyUpdatesWithoutDifference();
     void idInTheBatchIsTheEditedOne();
     void listIsEmptiedBeforeTheRequest();
-
-private:
-    KvTest::ScriptedServer m_server;
 };
-
-void KvPlanNodeEndpointsWriteTest::init()
-{
-    KvBaseApi::GetInstance().setBaseApi(m_server.baseUrl());
-    GetSoftCache()->setCurrentProjectId(QStringLiteral("project-1"));
-}
-
-void KvPlanNodeEndpointsWriteTest::cleanup()
-{
-    // Without closing the connection: a POST that meets a closed one is not sent again.
-    m_server.forgetRequests();
-    QCOMPARE(m_server.complaint(), QString());
-}
 
 void KvPlanNodeEndpointsWriteTest::createdNodeGetsTheProject_data()
 {

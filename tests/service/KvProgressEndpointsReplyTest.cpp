@@ -1,23 +1,15 @@
 // What the endpoint functions for responses, statistics, rights and metering states make of a reply, and what
 // a failure leaves in the caller's records.
 
-#include <service/KvProgressEndpoints.h>
+#include "EndpointFailuresFixture.h"
 
-#include <KvNetwork/KvBaseApi.h>
-#include <KvNetwork/NetworkManager.h>
-#include <KvSoftBase/KvSoftBase.h>
+#include <service/KvProgressEndpoints.h>
 
 #include <model/KvPlanRecordsDump.h>
 #include <model/KvProgressRecordsDump.h>
-#include <support/BadReplies.h>
-#include <support/ScriptedServer.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
-#include <QtTest/QtTest>
-
-#include <functional>
-#include <memory>
 
 using KvTest::difference;
 using KvTest::dump;
@@ -31,17 +23,6 @@ Q_DECLARE_METATYPE(StateCall)
 namespace {
 
 const QString n1 = QStringLiteral("n1");
-
-// Something for every endpoint of this file to believe.
-QJsonObject toldObject()
-{
-    const QJsonObject item{{QStringLiteral("_id"), n1}, {QStringLiteral("total"), 3}};
-    return {{QStringLiteral("_id"), QStringLiteral("told")},
-            {QStringLiteral("taskId"), QStringLiteral("told")},
-            {QStringLiteral("value"), QStringLiteral("true")},
-            {QStringLiteral("total"), 9},
-            {QStringLiteral("items"), QJsonArray{item}}};
-}
 
 KvPlanStatistics someStatistics()
 {
@@ -69,13 +50,11 @@ const StateCall updateState = [](KvMeteringState& state) {
 
 } // namespace
 
-class KvProgressEndpointsReplyTest : public QObject
+class KvProgressEndpointsReplyTest : public EndpointFailuresFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
     void responsesAreAppended();
     void createdResponseIsRead();
     void documentsOfTheReplyAreAdded();
@@ -87,36 +66,11 @@ private Q_SLOTS:
     void stateIsRead_data();
     void stateIsRead();
     void listsTakeObjectsOnly();
-    void failure_data() { KvTest::failedReplies(toldObject()); }
-    void failure();
-    void tooLarge();
-    void nobodyListens();
 
 private:
-    void serveAnew();
-    void verifyFailures(const std::function<void()>& prepare);
-
-    std::unique_ptr<KvTest::ScriptedServer> m_server;
+    QJsonObject toldObject() const override;
+    void verifyFailures(const std::function<void()>& prepare) override;
 };
-
-void KvProgressEndpointsReplyTest::init()
-{
-    serveAnew();
-    GetSoftCache()->setCurrentProjectId(QStringLiteral("project-1"));
-}
-
-void KvProgressEndpointsReplyTest::cleanup()
-{
-    NetworkManager::instance().setReplySizeLimit(0);
-    QCOMPARE(m_server->complaint(), QString());
-}
-
-// A server of its own for what is answered by breaking the connection.
-void KvProgressEndpointsReplyTest::serveAnew()
-{
-    m_server = std::make_unique<KvTest::ScriptedServer>();
-    KvBaseApi::GetInstance().setBaseApi(m_server->baseUrl());
-}
 
 void KvProgressEndpointsReplyTest::responsesAreAppended()
 {
@@ -292,6 +246,16 @@ void KvProgressEndpointsReplyTest::listsTakeObjectsOnly()
     QCOMPARE(states.size(), 1);
 }
 
+QJsonObject KvProgressEndpointsReplyTest::toldObject() const
+{
+    const QJsonObject item{{QStringLiteral("_id"), n1}, {QStringLiteral("total"), 3}};
+    return {{QStringLiteral("_id"), QStringLiteral("told")},
+            {QStringLiteral("taskId"), QStringLiteral("told")},
+            {QStringLiteral("value"), QStringLiteral("true")},
+            {QStringLiteral("total"), 9},
+            {QStringLiteral("items"), QJsonArray{item}}};
+}
+
 // Every endpoint, each after `prepare` has made the next request fail.
 void KvProgressEndpointsReplyTest::verifyFailures(const std::function<void()>& prepare)
 {
@@ -326,35 +290,6 @@ void KvProgressEndpointsReplyTest::verifyFailures(const std::function<void()>& p
         QVERIFY(!call(state));
         QCOMPARE(dump(state), dump(KvMeteringState()));
     }
-}
-
-void KvProgressEndpointsReplyTest::failure()
-{
-    QFETCH(Reply, reply);
-    QString complaints;
-    verifyFailures([&] {
-        // Nothing is retried after an answer: a second request would be an unexpected one.
-        complaints += m_server->complaint();
-        serveAnew();
-        m_server->enqueue(reply);
-    });
-    QCOMPARE(complaints, QString());
-}
-
-void KvProgressEndpointsReplyTest::tooLarge()
-{
-    NetworkManager::instance().setReplySizeLimit(100000);
-    QJsonObject object = toldObject();
-    object.insert(QStringLiteral("remark"), QString(110000, QLatin1Char('x')));
-    verifyFailures([&] {
-        serveAnew();
-        m_server->enqueue(Reply::json(object));
-    });
-}
-
-void KvProgressEndpointsReplyTest::nobodyListens()
-{
-    verifyFailures([] { KvBaseApi::GetInstance().setBaseApi(KvTest::ScriptedServer::refusingUrl()); });
 }
 
 QTEST_GUILESS_MAIN(KvProgressEndpointsReplyTest)

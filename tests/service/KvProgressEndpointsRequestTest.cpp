@@ -1,25 +1,18 @@
 // What the endpoint functions for responses, statistics, rights and metering states put on the wire.
 
+#include "EndpointRequestsFixture.h"
+
 #include <service/KvProgressEndpoints.h>
 
-#include <KvNetwork/KvBaseApi.h>
-#include <KvSoftBase/KvSoftBase.h>
-
 #include <model/KvProgressRecordsDump.h>
-#include <support/ScriptedServer.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
 #include <QtTest/QtTest>
 
-#include <functional>
-
 using KvTest::fullResponse;
 using KvTest::fullState;
 using KvTest::Reply;
-
-using Call = std::function<bool()>;
-Q_DECLARE_METATYPE(Call)
 
 namespace {
 
@@ -80,46 +73,20 @@ KvMeteringState stateOf(const QString& taskId, int state)
 
 } // namespace
 
-class KvProgressEndpointsRequestTest : public QObject
+class KvProgressEndpointsRequestTest : public EndpointRequestsFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
     void request_data();
-    void request();
     void projectIsReadAnew();
     void specialTextsArriveUnchanged_data();
     void specialTextsArriveUnchanged();
-
-private:
-    KvTest::ScriptedServer m_server;
 };
-
-void KvProgressEndpointsRequestTest::init()
-{
-    KvBaseApi::GetInstance().setBaseApi(m_server.baseUrl());
-    GetSoftCache()->setCurrentProjectId(QStringLiteral("project-1"));
-}
-
-void KvProgressEndpointsRequestTest::cleanup()
-{
-    // Without closing the connection: a POST that meets a closed one is not sent again.
-    m_server.forgetRequests();
-    QCOMPARE(m_server.complaint(), QString());
-}
 
 void KvProgressEndpointsRequestTest::request_data()
 {
-    QTest::addColumn<Call>("call");
-    QTest::addColumn<QByteArray>("method");
-    QTest::addColumn<QByteArray>("target");
-    QTest::addColumn<QByteArray>("body");
-    const auto row = [](const char* name, const char* method, const QByteArray& target, const Call& call,
-                        const char* body = "") {
-        QTest::newRow(name) << call << QByteArray(method) << target << QByteArray(body);
-    };
+    requestColumns();
     const QByteArray task = "/task-service/";
     const QByteArray project = task + "projects/project-1/";
     row("responses", "GET", task + "planNodes/n1/responses?order=createdAt&expand=true",
@@ -184,33 +151,9 @@ void KvProgressEndpointsRequestTest::request_data()
         [] { return updateState(stateOf(QString(), -1)); }, R"({"state":-1,"taskId":null})");
 }
 
-void KvProgressEndpointsRequestTest::request()
-{
-    QFETCH(Call, call);
-    QFETCH(QByteArray, method);
-    QFETCH(QByteArray, target);
-    QFETCH(QByteArray, body);
-    // The flag is the reply's, one way and the other.
-    m_server.enqueue(Reply::json(QJsonObject()));
-    QVERIFY(call());
-    QCOMPARE(m_server.requestCount(), 1);
-    const KvTest::Request request = m_server.lastRequest();
-    QCOMPARE(request.method, method);
-    QCOMPARE(request.target, target);
-    QCOMPARE(request.body, body);
-    QCOMPARE(request.header("Content-Type"), body.isEmpty() ? QByteArray() : QByteArray("application/json"));
-    m_server.enqueue(Reply::json(QJsonObject(), 403));
-    QVERIFY(!call());
-    QCOMPARE(m_server.requestCount(), 2);
-    QCOMPARE(m_server.lastRequest().target, target);
-    QCOMPARE(m_server.lastRequest().body, body);
-}
-
 void KvProgressEndpointsRequestTest::projectIsReadAnew()
 {
-    const QList<QPair<QString, QByteArray>> projects{
-        {QStringLiteral("one"), "one"}, {QStringLiteral("第 2#+"), "%E7%AC%AC%202%23%2B"}, {QString(), ""}};
-    for (const auto& project : projects) {
+    for (const auto& project : projects()) {
         GetSoftCache()->setCurrentProjectId(project.first);
         for (int i = 0; i < 5; ++i)
             m_server.enqueue(Reply::json(QJsonObject()));
