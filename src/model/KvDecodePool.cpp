@@ -1,7 +1,5 @@
 #include <model/KvDecodePool.h>
 
-#include <model/KvJsonMembers.h>
-
 #include <model/KvExchangeDate.h>
 
 #include <KvPublicFun/KvPub.h>
@@ -57,17 +55,14 @@ QString KvDecodePool::shared(const QString& text)
 
 QString KvDecodePool::repeated(const KvJsonMember& member)
 {
-    if (member.isMissing())
-        return QString();
-    if (m_last.isEmpty())
-        m_last.resize(KvJsonMember::mostFields);
-    Last& last = m_last[member.field()];
-    const QCborValue value = member.value();
-    if (last.value != value) {
-        last.value = value;
-        last.text = shared(value.toString());
-    }
-    return last.text;
+    return repeated(m_lastTexts, member,
+                    [this](const QCborValue& value) { return shared(value.toString()); });
+}
+
+QDateTime KvDecodePool::repeatedDateTime(const KvJsonMember& member)
+{
+    return repeated(m_lastDates, member,
+                    [this](const QCborValue& value) { return dateTime(value.toString()); });
 }
 
 QDateTime KvDecodePool::dateTime(const QString& text)
@@ -94,6 +89,11 @@ QStringList KvDecodePool::idList(const QCborArray& array)
     // Most lists name one person or one document; those of the same one share their data.
     const QString single = array.size() == 1 ? array.first().toString() : QString();
     return single.isEmpty() ? read() : find(m_singles, single, [&](const QString&) { return read(); });
+}
+
+QStringList KvDecodePool::repeatedIdList(const QCborValue& value)
+{
+    return m_lastList.of(value, [this](const QCborValue& array) { return idList(array.toArray()); });
 }
 
 } // namespace Kv

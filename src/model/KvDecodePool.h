@@ -1,5 +1,7 @@
 #pragma once
 
+#include <model/KvJsonMembers.h>
+
 #include <QtCore/QCborValue>
 #include <QtCore/QDateTime>
 #include <QtCore/QHash>
@@ -10,8 +12,6 @@
 class QCborArray;
 
 namespace Kv {
-
-class KvJsonMember;
 
 /// Remembers values that repeat from record to record of one reply, so that each is kept, or worked out,
 /// once.
@@ -30,8 +30,11 @@ public:
     QString shared(const QString& text);
 
     /// The text of a member that mostly equals that of the record before, as the plan of a plan's nodes does:
-    /// it is then not even read again. For the fields of one record type only, the one that stands outermost.
+    /// it is then not even read again.
     QString repeated(const KvJsonMember& member);
+
+    /// The same for a date-time in the service's form.
+    QDateTime repeatedDateTime(const KvJsonMember& member);
 
     /// The date-time of a text in the service's form; null when it is in another.
     QDateTime dateTime(const QString& text);
@@ -41,6 +44,9 @@ public:
 
     /// The identifiers in a JSON array, each the string of its value.
     QStringList idList(const QCborArray& array);
+
+    /// The same where the array mostly equals the one read before in this way; empty when @p value is none.
+    QStringList repeatedIdList(const QCborValue& value);
 
 private:
     template<class Value>
@@ -65,14 +71,38 @@ private:
 
     static uint placeOf(const QString& text);
 
+    template<class Value>
     struct Last
     {
         QCborValue value;
-        QString text;
+        Value made;
+
+        template<class Make>
+        const Value& of(const QCborValue& next, Make make)
+        {
+            if (value != next) {
+                made = make(next);
+                value = next;
+            }
+            return made;
+        }
     };
 
+    template<class Value, class Make>
+    Value repeated(QVector<Last<Value>>& lasts, const KvJsonMember& member, Make make)
+    {
+        if (member.isMissing())
+            return make(QCborValue());
+        if (lasts.isEmpty())
+            lasts.resize(KvJsonMember::mostFields);
+        return lasts[member.field()].of(member.value(), make);
+    }
+
     const int m_placeCount; // a power of two
-    QVector<Last> m_last;   // by field
+    // By field. Fields of different records may share a place: what is made depends on the value alone.
+    QVector<Last<QString>> m_lastTexts;
+    QVector<Last<QDateTime>> m_lastDates;
+    Last<QStringList> m_lastList;
     QVector<Entry<QString>> m_texts;
     QVector<Entry<QDateTime>> m_dates;
     QVector<Entry<QDateTime>> m_exchangeDates;

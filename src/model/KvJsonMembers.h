@@ -9,6 +9,7 @@
 #include <QtCore/QLatin1String>
 #include <QtCore/QString>
 #include <QtCore/QVector>
+#include <QtCore/QtAlgorithms>
 
 #include <algorithm>
 #include <array>
@@ -112,33 +113,30 @@ public:
 private:
     void readMembers(const QCborMap& in, const QJsonObject* object, Record& out, KvDecodePool& pool) const
     {
-        quint64 seen = 0;
+        quint64 missing = allFields;
         std::size_t next = 0;
         int index = 0;
         const auto end = in.constEnd();
         for (auto entry = in.constBegin(); entry != end; ++entry, ++index) {
             const auto member = *entry;
-            const std::size_t field = find(member.first, next);
+            // As a rule the key is the one expected next.
+            const std::size_t field =
+                next < Count && member.first == m_keys[next] ? next : find(member.first, next + 1);
             if (field == Count)
                 continue;
             m_fields[field].read(KvJsonMember(member.second, object, index, int(field)), out, pool);
-            seen |= quint64(1) << field;
+            missing &= ~(quint64(1) << field);
             next = field + 1;
         }
-        for (std::size_t field = 0; field < Count; ++field) {
-            if (!(seen >> field & 1))
-                m_fields[field].read(KvJsonMember(), out, pool);
-        }
+        for (; missing != 0; missing &= missing - 1)
+            m_fields[qCountTrailingZeroBits(missing)].read(KvJsonMember(), out, pool);
     }
 
-    // The field of a key, which as a rule is the one expected next, or the one after that when a key is
-    // missing.
+    // The field of a key that is not the expected one: the field after it when one key is missing, else any.
     std::size_t find(const QCborValueRef& key, std::size_t next) const
     {
-        for (std::size_t field = next; field < qMin(next + 2, Count); ++field) {
-            if (key == m_keys[field])
-                return field;
-        }
+        if (next < Count && key == m_keys[next])
+            return next;
         const QString text = key.toString();
         const auto end = m_fields + Count;
         const auto at =
@@ -146,6 +144,8 @@ private:
                              [](const KvField<Record>& field, const QString& k) { return field.key < k; });
         return at != end && at->key == text ? std::size_t(at - m_fields) : Count;
     }
+
+    static constexpr quint64 allFields = ~quint64(0) >> (KvJsonMember::mostFields - Count);
 
     const KvField<Record>* m_fields;
     std::array<QCborValue, Count> m_keys;

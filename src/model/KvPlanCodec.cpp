@@ -13,17 +13,13 @@ namespace Kv {
 
 namespace {
 
-using MaterialBill = std::pair<QString, QStringList>;
 using Value = const KvJsonMember&;
-using Bill = MaterialBill&;
 using Document = KvDocument&;
-using Duration = KvDuration&;
 using Link = KvPlanPredecessor&;
 using Node = KvPlanNode&;
 using Plan = KvPlan&;
 using Pool = KvDecodePool&;
 
-void readDuration(const QCborMap& in, KvDuration& out, KvDecodePool& pool);
 void readDocuments(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool);
 void readLinks(const QJsonArray& in, KvPlanNode& out);
 void readMaterialBills(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool);
@@ -40,20 +36,14 @@ QString dateText(const QDateTime& dateTime)
 // The tables below stand in ascending order of the keys, as a JSON object does. One key a line, however long.
 // clang-format off
 
-// A missing unit reads as 0, not as the record's default of days: the sender then gave no unit.
-const KvField<KvDuration> durationFields[] = {
-    {QLatin1String("Duration"), [](Value v, Duration d, Pool) { d.value = v.real(); }},
-    {QLatin1String("Units"), [](Value v, Duration d, Pool) { d.units = v.wholeNumber(); }},
-};
-
 const KvField<KvPlanPredecessor> predecessorFields[] = {
-    {QLatin1String("Lag"), [](Value v, Link l, Pool p) { readDuration(v.members(), l.lag, p); }},
+    {QLatin1String("Lag"), [](Value v, Link l, Pool) { readDuration(v.members(), l.lag); }},
     {QLatin1String("SourcePlanNodeID"), [](Value v, Link l, Pool) { l.sourcePlanNodeId = v.wholeNumber(); }},
     {QLatin1String("SourcePlanNodeName"), [](Value v, Link l, Pool p) { l.sourcePlanNodeName = p.shared(v.text()); }},
     {QLatin1String("SourcePlanNodeUniqueID"), [](Value v, Link l, Pool) { l.sourcePlanNodeUniqueId = v.wholeNumber(); }},
     {QLatin1String("TargetPlanNodeID"), [](Value v, Link l, Pool) { l.targetPlanNodeId = v.wholeNumber(); }},
     {QLatin1String("TargetPlanNodeName"), [](Value v, Link l, Pool p) { l.targetPlanNodeName = p.shared(v.text()); }},
-    {QLatin1String("TargetPlanNodeUniqueID"), [](Value v, Link l, Pool p) { l.targetPlanNodeUniqueId = p.shared(v.text()); }},
+    {QLatin1String("TargetPlanNodeUniqueID"), [](Value v, Link l, Pool) { l.targetPlanNodeUniqueId = v.text(); }},
     {QLatin1String("Type"), [](Value v, Link l, Pool) { l.type = v.wholeNumber(); }},
 };
 
@@ -66,20 +56,15 @@ const KvField<KvDocument> documentFields[] = {
     {QLatin1String("suffix"), [](Value v, Document d, Pool p) { d.suffix = p.shared(v.text()); }},
 };
 
-const KvField<MaterialBill> materialBillFields[] = {
-    {QLatin1String("rId"), [](Value v, Bill b, Pool p) { b.first = p.shared(v.text()); }},
-    {QLatin1String("statusIds"), [](Value v, Bill b, Pool p) { b.second = p.idList(v.elements()); }},
-};
-
 const KvField<KvPlanNode> nodeFields[] = {
     {QLatin1String("GUID"), [](Value v, Node n, Pool) { n.guid = v.text(); }},
     {QLatin1String("_id"), [](Value v, Node n, Pool) { n.id = v.text(); }},
-    {QLatin1String("actualFinishDate"), [](Value v, Node n, Pool p) { n.actualFinishDate = p.dateTime(v.text()); }},
-    {QLatin1String("actualStartDate"), [](Value v, Node n, Pool p) { n.actualStartDate = p.dateTime(v.text()); }},
+    {QLatin1String("actualFinishDate"), [](Value v, Node n, Pool p) { n.actualFinishDate = p.repeatedDateTime(v); }},
+    {QLatin1String("actualStartDate"), [](Value v, Node n, Pool p) { n.actualStartDate = p.repeatedDateTime(v); }},
     {QLatin1String("actualWorkload"), [](Value v, Node n, Pool) { n.actualWorkload = v.wholeNumber(); }},
     {QLatin1String("category"), [](Value v, Node n, Pool p) { n.category = p.repeated(v); }},
     {QLatin1String("cooperateIds"), [](Value v, Node n, Pool p) { n.cooperateIds = p.idList(v.elements()); }},
-    {QLatin1String("createdAt"), [](Value v, Node n, Pool p) { n.createdAt = p.dateTime(v.text()); }},
+    {QLatin1String("createdAt"), [](Value v, Node n, Pool p) { n.createdAt = p.repeatedDateTime(v); }},
     {QLatin1String("createdBy"), [](Value v, Node n, Pool p) { n.createdBy = p.repeated(v); }},
     // The service sends a number here and takes a boolean; a boolean that is read back therefore reads as
     // false.
@@ -109,7 +94,7 @@ const KvField<KvPlanNode> nodeFields[] = {
     {QLatin1String("startDate"), [](Value v, Node n, Pool p) { n.startDate = p.dateTime(v.text()); }},
     {QLatin1String("summary"), [](Value v, Node n, Pool) { n.summary = v.flag(); }},
     {QLatin1String("uniqueId"), [](Value v, Node n, Pool) { n.uniqueId = v.wholeNumber(); }},
-    {QLatin1String("updatedAt"), [](Value v, Node n, Pool p) { n.updatedAt = p.dateTime(v.text()); }},
+    {QLatin1String("updatedAt"), [](Value v, Node n, Pool p) { n.updatedAt = p.repeatedDateTime(v); }},
     {QLatin1String("updatedBy"), [](Value v, Node n, Pool p) { n.updatedBy = p.repeated(v); }},
     {QLatin1String("userIds"), [](Value v, Node n, Pool p) { n.userIds = p.idList(v.elements()); }},
 };
@@ -131,12 +116,6 @@ const KvField<KvPlan> planFields[] = {
 };
 // clang-format on
 
-void readDuration(const QCborMap& in, KvDuration& out, KvDecodePool& pool)
-{
-    static const KvFields fields(durationFields);
-    fields.read(in, out, pool);
-}
-
 void readPredecessor(const QCborMap& in, KvPlanPredecessor& out, KvDecodePool& pool)
 {
     static const KvFields fields(predecessorFields);
@@ -145,8 +124,9 @@ void readPredecessor(const QCborMap& in, KvPlanPredecessor& out, KvDecodePool& p
 
 void readPredecessors(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool)
 {
+    static const KvPlanPredecessor empty;
     for (const QCborValue& element : in) {
-        out.predecessors.append(KvPlanPredecessor());
+        out.predecessors.append(empty);
         readPredecessor(element.toMap(), out.predecessors.last(), pool);
     }
 }
@@ -173,12 +153,11 @@ void readLinks(const QJsonArray& in, KvPlanNode& out)
 
 void readMaterialBills(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool)
 {
-    static const KvFields fields(materialBillFields);
     out.materialBills.clear();
     for (const QCborValue& element : in) {
-        MaterialBill bill;
-        fields.read(element.toMap(), bill, pool);
-        out.materialBills.insert(bill.first, bill.second);
+        const QCborMap bill = element.toMap();
+        out.materialBills.insert(pool.shared(bill.value(QLatin1String("rId")).toString()),
+                                 pool.repeatedIdList(bill.value(QLatin1String("statusIds"))));
     }
 }
 
@@ -194,6 +173,14 @@ void readTasks(const QJsonArray& in, KvPlan& out, KvDecodePool& pool)
 }
 
 } // namespace
+
+// By look-up, which is quicker than a walk along a table where there are but two keys, as in a bill above.
+// A missing unit reads as 0, not as the record's default of days: the sender then gave no unit.
+void readDuration(const QCborMap& in, KvDuration& out)
+{
+    out.value = in.value(QLatin1String("Duration")).toDouble(0.0);
+    out.units = in.value(QLatin1String("Units")).toJsonValue().toInt(0);
+}
 
 void jsonObjectToPlan(const QJsonObject& in, KvPlan& out)
 {
@@ -327,9 +314,8 @@ QJsonObject predecessorToJsonObject(const KvPlanPredecessor& in)
 
 KvDuration jsonObjectToDuration(const QJsonObject& in)
 {
-    KvDecodePool pool;
     KvDuration out;
-    readDuration(QCborMap::fromJsonObject(in), out, pool);
+    readDuration(QCborMap::fromJsonObject(in), out);
     return out;
 }
 

@@ -2,6 +2,7 @@
 
 #include <model/KvPlanRecords.h>
 
+#include <QtCore/QCborMap>
 #include <QtCore/QJsonObject>
 
 /// Conversion between the records and the JSON of the task service.
@@ -27,6 +28,8 @@ KvPlanPredecessor jsonObjectToPredecessor(const QJsonObject& in);
 QJsonObject predecessorToJsonObject(const KvPlanPredecessor& in);
 
 KvDuration jsonObjectToDuration(const QJsonObject& in);
+/// The same for one of many, and for the exchange format, which writes durations alike.
+void readDuration(const QCborMap& in, KvDuration& out);
 QJsonObject durationToJsonObject(const KvDuration& in);
 
 KvDocument jsonObjectToDocument(const QJsonObject& in);

@@ -16,7 +16,6 @@ using Link = KvPlanPredecessor&;
 using Node = KvPlanNode&;
 using Pool = Kv::KvDecodePool&;
 
-void readDuration(Value in, KvDuration& out);
 void readPredecessors(Value in, KvPlanNode& out, Kv::KvDecodePool& pool);
 
 // A one-character text, whose character has the code of a byte. Made once, as each task and each predecessor
@@ -36,7 +35,7 @@ QString byteAsText(int code)
 // clang-format off
 
 const Kv::KvField<KvPlanPredecessor> predecessorFields[] = {
-    {QLatin1String("Lag"), [](Value v, Link l, Pool) { readDuration(v, l.lag); }},
+    {QLatin1String("Lag"), [](Value v, Link l, Pool) { Kv::readDuration(v.members(), l.lag); }},
     {QLatin1String("SourceTaskID"), [](Value v, Link l, Pool) { l.sourcePlanNodeId = v.wholeNumber(); }},
     {QLatin1String("SourceTaskName"), [](Value v, Link l, Pool p) { l.sourcePlanNodeName = p.shared(v.text()); }},
     {QLatin1String("SourceTaskUniqueID"), [](Value v, Link l, Pool) { l.sourcePlanNodeUniqueId = v.wholeNumber(); }},
@@ -48,10 +47,10 @@ const Kv::KvField<KvPlanPredecessor> predecessorFields[] = {
 };
 
 const Kv::KvField<KvPlanNode> taskFields[] = {
-    {QLatin1String("Duration"), [](Value v, Node n, Pool) { readDuration(v, n.duration); }},
+    {QLatin1String("Duration"), [](Value v, Node n, Pool) { Kv::readDuration(v.members(), n.duration); }},
     {QLatin1String("DurationText"), [](Value v, Node n, Pool p) { n.durationText = p.shared(v.text()); }},
     {QLatin1String("Finish"), [](Value v, Node n, Pool p) { n.finishDate = p.exchangeDateTime(v.text()); }},
-    {QLatin1String("FinishSlack"), [](Value v, Node n, Pool) { readDuration(v, n.finishSlack); }},
+    {QLatin1String("FinishSlack"), [](Value v, Node n, Pool) { Kv::readDuration(v.members(), n.finishSlack); }},
     {QLatin1String("FinishText"), [](Value v, Node n, Pool p) { n.finishText = p.shared(v.text()); }},
     {QLatin1String("GUID"), [](Value v, Node n, Pool) { n.guid = v.text(); }},
     {QLatin1String("ID"), [](Value v, Node n, Pool) { n.planNodeId = v.wholeNumber(); }},
@@ -68,15 +67,6 @@ const Kv::KvField<KvPlanNode> taskFields[] = {
     {QLatin1String("UniqueID"), [](Value v, Node n, Pool) { n.uniqueId = v.wholeNumber(); }},
 };
 // clang-format on
-
-// By look-up, which is quicker than a table where there are but two keys. A missing unit reads as 0, not as
-// the record's default of days: the file then gave no unit.
-void readDuration(Value in, KvDuration& out)
-{
-    const QCborMap duration = in.members();
-    out.value = duration.value(QLatin1String("Duration")).toDouble(0.0);
-    out.units = duration.value(QLatin1String("Units")).toJsonValue().toInt(0);
-}
 
 void readPredecessors(Value in, KvPlanNode& out, Kv::KvDecodePool& pool)
 {

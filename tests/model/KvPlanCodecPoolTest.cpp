@@ -113,6 +113,7 @@ private Q_SLOTS:
     void repeatedTextIsShared_data();
     void repeatedTextIsShared();
     void repeatedListIsShared();
+    void repeatedBillStatesAreShared();
     void sharedTextIsStillOnesOwn();
     void poolsDoNotKnowEachOther();
 };
@@ -200,6 +201,22 @@ void KvPlanCodecPoolTest::repeatedListIsShared()
     Kv::jsonObjectToPlan({{QStringLiteral("tasks"), QJsonArray{json, same}}}, plan);
     QCOMPARE(plan.planNodes.at(1).userIds, QStringList(QStringLiteral("u1")));
     QVERIFY(plan.planNodes.at(0).userIds.isSharedWith(plan.planNodes.at(1).userIds));
+}
+
+void KvPlanCodecPoolTest::repeatedBillStatesAreShared()
+{
+    const QStringList states{QStringLiteral("ordered"), QStringLiteral("delivered"), QStringLiteral("used")};
+    QJsonArray tasks;
+    for (const QString& bill : {QStringLiteral("b1"), QStringLiteral("b2")}) {
+        const QJsonObject json{{QStringLiteral("rId"), bill},
+                               {QStringLiteral("statusIds"), QJsonArray::fromStringList(states)}};
+        tasks.append(QJsonObject{{QStringLiteral("materialBills"), QJsonArray{json}}});
+    }
+    KvPlan plan;
+    Kv::jsonObjectToPlan({{QStringLiteral("tasks"), tasks}}, plan);
+    const QStringList first = plan.planNodes.at(0).materialBills.value(QStringLiteral("b1"));
+    QCOMPARE(first, states);
+    QVERIFY(first.isSharedWith(plan.planNodes.at(1).materialBills.value(QStringLiteral("b2"))));
 }
 
 void KvPlanCodecPoolTest::sharedTextIsStillOnesOwn()
