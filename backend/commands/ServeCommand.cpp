@@ -2,6 +2,7 @@
 #include "../endpoints/Endpoints.h"
 #include "../http/AccessLog.h"
 #include "../http/Service.h"
+#include "../operation/Metrics.h"
 #include "../store/OpenStore.h"
 #include "Commands.h"
 
@@ -63,6 +64,18 @@ void returnLargeBlocks()
 #endif
 }
 
+void watchLoad(Metrics& metrics, WorkerPool& workers, int workerCount, const HttpServer& server)
+{
+    metrics.watch("planservice_connections", "Clients connected.",
+                  [&server] { return server.connections(); });
+    metrics.watch("planservice_workers", "Threads that use the database.",
+                  [workerCount] { return workerCount; });
+    metrics.watch("planservice_busy_workers", "Workers at a request.",
+                  [&workers] { return static_cast<double>(workers.load().running); });
+    metrics.watch("planservice_queue_length", "Requests that wait for a worker.",
+                  [&workers] { return static_cast<double>(workers.load().waiting); });
+}
+
 } // namespace
 
 int runServe(const QStringList& arguments)
@@ -88,7 +101,9 @@ int runServe(const QStringList& arguments)
     // Whoever reads the log may go away; that is no reason to end.
     std::signal(SIGPIPE, SIG_IGN);
 #endif
+    Metrics metrics;
     AccessLog log(options.text(QStringLiteral("log")));
+    log.setObserver([&metrics](const AccessEntry& entry) { metrics.count(entry); });
     {
         const auto store =
             openStore(database, options.has(QStringLiteral("create")) ? MissingDatabase::Create
@@ -99,7 +114,7 @@ int runServe(const QStringList& arguments)
     }
     const Router router(serviceRoutes());
     WorkerPool workers(workerCount, longestQueue, [database] { return connectStore(database); });
-    Service service(router, workers, log,
+    Service service(router, workers, log, metrics,
                     qint64{options.number(QStringLiteral("reply-memory"), 1, 1 << 20)} << 20);
     HttpServer server(
         settings,
@@ -107,6 +122,7 @@ int runServe(const QStringList& arguments)
             service.handle(std::move(request), std::move(respond));
         },
         log);
+    watchLoad(metrics, workers, workerCount, server);
     const bool ipv6 = settings.address.contains(QLatin1Char(':'));
     print((ipv6 ? QStringLiteral("planservice listening on http://[%1]:%2/\n")
                 : QStringLiteral("planservice listening on http://%1:%2/\n"))

@@ -6,6 +6,7 @@ const std::vector<Route>& serviceRoutes()
 {
     static const std::vector<Route> routes{
         {"GET", "/health", getHealth, NeedsToken::No},
+        {"GET", "/metrics", getMetrics},
         {"GET", "/task-service/plans/{planId}", getPlan, NeedsToken::Yes, ReplySize::Large},
         {"PUT", "/task-service/plans/{planId}", putPlan, NeedsToken::Yes, ReplySize::Large},
         {"DELETE", "/task-service/plans/{planId}", deletePlan},

@@ -8,6 +8,7 @@ namespace PlanService {
 const std::vector<Route>& serviceRoutes();
 
 Reply getHealth(const Call& call);
+Reply getMetrics(const Call& call);
 Reply getPlan(const Call& call);
 Reply getPlans(const Call& call);
 Reply postPlan(const Call& call);

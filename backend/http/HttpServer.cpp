@@ -4,6 +4,7 @@
 
 #include "../Failure.h"
 #include "AccessLog.h"
+#include "RequestId.h"
 #include "ServiceSocket.h"
 
 #include <http_parser.h>
@@ -20,11 +21,30 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int longestLoggedPath = 2048;
 
+/// Counts the clients that are connected.
+class ConnectionCount
+{
+public:
+    void state_changed(const restinio::connection_state::notice_t& notice) noexcept
+    {
+        if (restinio::holds_alternative<restinio::connection_state::accepted_t>(notice.cause())) {
+            ++m_open;
+        } else if (restinio::holds_alternative<restinio::connection_state::closed_t>(notice.cause())) {
+            --m_open;
+        }
+    }
+    int open() const { return m_open; }
+
+private:
+    std::atomic<int> m_open{0};
+};
+
 struct ServerTraits
     : restinio::traits_t<restinio::asio_timer_manager_t, ParserLog, restinio::default_request_handler_t,
                          restinio::default_strand_t, ServiceSocket>
 {
     static constexpr bool use_connection_count_limiter = true;
+    using connection_state_listener_t = ConnectionCount;
 };
 
 /// One piece of a reply's body, shared with whoever else holds it.
@@ -132,6 +152,7 @@ public:
         , m_log(log)
         , m_server(restinio::external_io_context(m_context), serverSettings())
         , m_signals(m_context)
+        , m_hangup(m_context, SIGHUP)
         , m_stopTimer(m_context)
     {
         // The parser's own limit is on URL and headers together; those of ours are to be met first.
@@ -154,6 +175,7 @@ public:
                 stop();
             }
         });
+        awaitHangup();
     }
 
     // The connections of clients that are still there go first: they tell the server, which must be there to
@@ -163,6 +185,7 @@ public:
     Private& operator=(const Private&) = delete;
 
     quint16 port() const { return m_port; }
+    int connections() const { return m_connections->open(); }
 
     void run()
     {
@@ -185,6 +208,7 @@ private:
             .protocol(address.is_v6() ? asio::ip::tcp::v6() : asio::ip::tcp::v4())
             .port(m_settings.port)
             .logger(m_log)
+            .connection_state_listener(m_connections)
             .max_parallel_connections(m_settings.mostConnections)
             .read_next_http_message_timelimit(m_settings.readTimeout)
             .handle_request_timeout(m_settings.replyTimeout)
@@ -216,6 +240,7 @@ private:
         const Clock::time_point started = Clock::now();
         const auto& header = handle->header();
         Request request;
+        request.id = nextRequestId();
         request.method = header.method().c_str();
         request.target = QByteArray::fromStdString(header.request_target());
         // More than one read as one list, which is no token: nobody is to choose between them.
@@ -229,6 +254,8 @@ private:
         request.remoteAddress = QByteArray::fromStdString(handle->remote_endpoint().address().to_string());
 
         AccessEntry entry;
+        entry.request = request.id;
+        entry.receivedBytes = request.body.size();
         entry.remoteAddress = request.remoteAddress;
         entry.method = request.method;
         entry.path = pathOf(request.target).left(longestLoggedPath);
@@ -249,9 +276,10 @@ private:
             restinio::http_status_code_t{static_cast<std::uint16_t>(reply.status)},
             reasonPhrase(reply.status).toStdString()});
         if (reply.status != 204) {
-            response.append_header(restinio::http_field::content_type, "application/json; charset=utf-8");
+            response.append_header(restinio::http_field::content_type, reply.contentType);
         }
         response.append_header_date_field();
+        response.append_header("X-Request-Id", entry.request.toStdString());
         for (const auto& extra : qAsConst(reply.headers)) {
             response.append_header(extra.first.toStdString(), extra.second.toStdString());
         }
@@ -266,6 +294,9 @@ private:
             }
         }
         entry.status = reply.status;
+        entry.route = reply.note.route;
+        entry.userId = reply.note.userId;
+        entry.databaseMicroseconds = reply.note.databaseMicroseconds;
         response.done(
             [this, entry, started, lease = std::move(reply.lease)](const asio::error_code& error) mutable {
                 entry.delivered = !error;
@@ -274,6 +305,16 @@ private:
                 m_log.request(entry);
                 --m_atWork;
             });
+    }
+
+    void awaitHangup()
+    {
+        m_hangup.async_wait([this](const asio::error_code& error, int) {
+            if (!error) {
+                m_log.reopen();
+                awaitHangup();
+            }
+        });
     }
 
     void stop()
@@ -300,12 +341,14 @@ private:
     RequestHandler m_handler;
     AccessLog& m_log;
     quint16 m_port = 0;
+    std::shared_ptr<ConnectionCount> m_connections = std::make_shared<ConnectionCount>();
     std::atomic<int> m_atWork{0};
     std::atomic<bool> m_stopping{false};
     Clock::time_point m_stopBy;
     Context m_context;
     restinio::http_server_t<ServerTraits> m_server;
     asio::signal_set m_signals;
+    asio::signal_set m_hangup;
     asio::steady_timer m_stopTimer;
 };
 
@@ -319,6 +362,11 @@ HttpServer::~HttpServer() = default;
 quint16 HttpServer::port() const
 {
     return d->port();
+}
+
+int HttpServer::connections() const
+{
+    return d->connections();
 }
 
 void HttpServer::run()

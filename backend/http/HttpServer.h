@@ -42,7 +42,10 @@ public:
     /// The port it listens on.
     quint16 port() const;
 
-    /// Serves until SIGTERM or SIGINT; what is at work then is still answered.
+    /// How many clients are connected. May be called from any thread.
+    int connections() const;
+
+    /// Serves until SIGTERM or SIGINT; what is at work then is still answered. SIGHUP reopens the log.
     void run();
 
 private:

@@ -10,6 +10,14 @@
 
 namespace PlanService {
 
+/// What the log tells of a request beside its reply.
+struct ReplyNote
+{
+    QByteArray route; ///< path template; empty when the request found none
+    QString userId;   ///< empty: unknown, or the local user of a service without tokens
+    qint64 databaseMicroseconds = 0;
+};
+
 /// What goes back to a client: status, JSON text in pieces that follow each other, and headers beyond the
 /// usual ones.
 struct Reply
@@ -18,6 +26,8 @@ struct Reply
     QList<QByteArray> body;
     QList<QPair<QByteArray, QByteArray>> headers;
     std::shared_ptr<void> lease; ///< held until the reply is out; empty: nobody counts it
+    const char* contentType = "application/json; charset=utf-8";
+    ReplyNote note = {};
 
     qint64 size() const
     {

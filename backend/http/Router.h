@@ -10,6 +10,7 @@
 namespace PlanService {
 
 class Caller;
+class Metrics;
 class Store;
 
 /// A request as the HTTP side hands it over.
@@ -20,6 +21,7 @@ struct Request
     QByteArray authorization; ///< the header's value, empty when there is none
     QByteArray body;
     QByteArray remoteAddress;
+    QByteArray id; ///< see nextRequestId()
 };
 
 /// A request on its way through an endpoint: everything that one needs to answer.
@@ -30,6 +32,7 @@ struct Call
     const QMap<QString, QString>& query;      ///< decoded
     Store& store;
     const Caller& caller;
+    const Metrics& metrics;
 
     QString parameter(const char* name) const { return parameters.value(QLatin1String(name)); }
     /// "true" or "false"; false when the parameter is missing. Throws ApiError 400 for anything else.

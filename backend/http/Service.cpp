@@ -1,6 +1,7 @@
 #include "Service.h"
 
 #include "../access/Caller.h"
+#include "../store/DatabaseTime.h"
 #include "AccessLog.h"
 
 namespace PlanService {
@@ -14,10 +15,12 @@ ApiError busy(const QString& message)
 
 } // namespace
 
-Service::Service(const Router& router, WorkerPool& workers, AccessLog& log, qint64 replyMemory)
+Service::Service(const Router& router, WorkerPool& workers, AccessLog& log, const Metrics& metrics,
+                 qint64 replyMemory)
     : m_router(router)
     , m_workers(workers)
     , m_log(log)
+    , m_metrics(metrics)
     , m_replyMemory(replyMemory)
 {
 }
@@ -37,8 +40,9 @@ void Service::handle(Request&& request, Respond&& respond)
 void Service::enqueue(const std::shared_ptr<Pending>& pending)
 {
     if (!m_workers.add([this, pending](Store& store) { run(pending, store); })) {
-        pending->respond(
-            busy(QStringLiteral("too many requests are waiting; try again in a moment")).reply());
+        Reply reply = busy(QStringLiteral("too many requests are waiting; try again in a moment")).reply();
+        reply.note.route = pending->match.route->pathTemplate;
+        pending->respond(std::move(reply));
     }
 }
 
@@ -48,29 +52,33 @@ void Service::run(const std::shared_ptr<Pending>& pending, Store& store)
     if (large && m_replyMemory.standAside([this, pending] { enqueue(pending); })) {
         return;
     }
-    Reply reply = answer(pending->request, pending->match, store);
+    DatabaseTime::take();
+    QString userId;
+    Reply reply = answer(pending->request, pending->match, store, userId);
+    reply.note = {pending->match.route->pathTemplate, userId, DatabaseTime::take()};
     if (large) {
         reply.lease = m_replyMemory.lease(reply.size());
     }
     pending->respond(std::move(reply));
 }
 
-Reply Service::answer(const Request& request, const RouteMatch& match, Store& store) const
+Reply Service::answer(const Request& request, const RouteMatch& match, Store& store, QString& userId) const
 {
     try {
         const Caller caller = match.route->needsToken == NeedsToken::Yes
                                   ? Caller::fromAuthorization(request.authorization, store)
                                   : Caller::anybody();
-        return match.route->endpoint({request, match.parameters, match.query, store, caller});
+        userId = caller.userId();
+        return match.route->endpoint({request, match.parameters, match.query, store, caller, m_metrics});
     } catch (const ApiError& error) {
         return error.reply();
     } catch (const StoreBusy& error) {
-        m_log.error(error.message());
+        m_log.error(error.message(), request.id);
         return busy(QStringLiteral("the database is taken up by another program; try again in a moment"))
             .reply();
     } catch (const std::exception& error) {
         // The cause may hold paths and SQL: it is for the operator, not for the client.
-        m_log.error(QString::fromUtf8(error.what()));
+        m_log.error(QString::fromUtf8(error.what()), request.id);
         return ApiError(500, QStringLiteral("internal"),
                         QStringLiteral("the service failed to answer; its log says why"))
             .reply();

@@ -8,6 +8,7 @@
 namespace PlanService {
 
 class AccessLog;
+class Metrics;
 
 /// Between the HTTP threads and the workers: finds the endpoint, lets a worker run it, and turns whatever it
 /// throws into a reply.
@@ -16,7 +17,8 @@ class Service
 public:
     /// The references have to outlive the service. @param replyMemory bytes that replies of large routes may
     /// take together while they are sent.
-    Service(const Router& router, WorkerPool& workers, AccessLog& log, qint64 replyMemory);
+    Service(const Router& router, WorkerPool& workers, AccessLog& log, const Metrics& metrics,
+            qint64 replyMemory);
 
     /// Called on an HTTP thread. @p respond is called exactly once, at once or from a worker.
     void handle(Request&& request, Respond&& respond);
@@ -34,11 +36,13 @@ private:
 
     void enqueue(const std::shared_ptr<Pending>& pending);
     void run(const std::shared_ptr<Pending>& pending, Store& store);
-    Reply answer(const Request& request, const RouteMatch& match, Store& store) const;
+    /// @param userId gets the user as soon as it is known, also when the endpoint refuses.
+    Reply answer(const Request& request, const RouteMatch& match, Store& store, QString& userId) const;
 
     const Router& m_router;
     WorkerPool& m_workers;
     AccessLog& m_log;
+    const Metrics& m_metrics;
     ReplyMemory m_replyMemory;
 };
 

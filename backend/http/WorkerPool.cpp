@@ -56,12 +56,20 @@ void WorkerPool::work(const StoreFactory& openStore)
         }
         Job job = std::move(m_jobs.front());
         m_jobs.pop_front();
+        ++m_running;
         lock.unlock();
         job(*store);
         // What the job holds goes before the lock is taken again.
         job = nullptr;
         lock.lock();
+        --m_running;
     }
+}
+
+WorkerPool::Load WorkerPool::load()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return {m_jobs.size(), m_running};
 }
 
 void WorkerPool::finish()

@@ -29,6 +29,14 @@ public:
     /// @return false when the queue is full; the job is then not taken. A job must not throw.
     bool add(Job job);
 
+    /// Jobs that no worker has begun, and jobs that one is at.
+    struct Load
+    {
+        std::size_t waiting = 0;
+        std::size_t running = 0;
+    };
+    Load load();
+
     /// Finishes what is queued, then ends the workers. Calling it again does nothing.
     void finish();
 
@@ -41,6 +49,7 @@ private:
     std::deque<Job> m_jobs;
     std::size_t m_queueLimit;
     std::size_t m_ready = 0;
+    std::size_t m_running = 0;
     bool m_finishing = false;
     std::exception_ptr m_failure;
     std::vector<std::thread> m_threads;

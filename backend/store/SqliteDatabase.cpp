@@ -1,5 +1,7 @@
 #include "SqliteDatabase.h"
 
+#include "DatabaseTime.h"
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
@@ -50,6 +52,7 @@ SqliteDatabase::~SqliteDatabase()
 
 void SqliteDatabase::execute(const QString& sql)
 {
+    const DatabaseTime time;
     QSqlQuery query(m_database);
     if (!query.exec(sql)) {
         fail(query.lastError());
@@ -58,6 +61,7 @@ void SqliteDatabase::execute(const QString& sql)
 
 QSqlQuery& SqliteDatabase::run(const QString& sql, const QVariantList& parameters)
 {
+    const DatabaseTime time;
     std::shared_ptr<QSqlQuery>& statement = m_statements[sql];
     if (!statement) {
         auto fresh = std::make_shared<QSqlQuery>(m_database);
@@ -80,6 +84,7 @@ QSqlQuery& SqliteDatabase::run(const QString& sql, const QVariantList& parameter
 
 QSqlQuery SqliteDatabase::runOnce(const QString& sql, const QVariantList& parameters)
 {
+    const DatabaseTime time;
     QSqlQuery query(m_database);
     query.setForwardOnly(true);
     if (!query.prepare(sql)) {
@@ -97,6 +102,7 @@ QSqlQuery SqliteDatabase::runOnce(const QString& sql, const QVariantList& parame
 
 bool SqliteDatabase::next(QSqlQuery& rows) const
 {
+    const DatabaseTime time;
     if (rows.next()) {
         return true;
     }

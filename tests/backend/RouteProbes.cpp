@@ -8,6 +8,7 @@ const QVector<RouteProbe>& routeProbes()
 {
     static const QVector<RouteProbe> probes{
         {"GET /health", "", "", {}},
+        {"GET /metrics", "", "", {}},
         {"GET /task-service/plans/{planId}", "", "", {"read"_s}},
         {"PUT /task-service/plans/{planId}", "", R"({"name":"Secret change"})", {"read"_s, "edit"_s}},
         {"DELETE /task-service/plans/{planId}", "", "", {"delete"_s}},
