@@ -16,14 +16,6 @@ class KvplanChangingTest : public QObject
 {
     Q_OBJECT
 
-private:
-    Kvplan kvplan(const ScriptedServer& server) const
-    {
-        Kvplan made(server.baseUrl());
-        made.setEnvironment(QStringLiteral("KV_PROJECT_ID"), QStringLiteral("tower"));
-        return made;
-    }
-
 private Q_SLOTS:
     void create_data()
     {

@@ -52,13 +52,6 @@ private:
         return file.fileName();
     }
 
-    Kvplan kvplan(const ScriptedServer& server) const
-    {
-        Kvplan made(server.baseUrl());
-        made.setEnvironment(QStringLiteral("KV_PROJECT_ID"), QStringLiteral("tower"));
-        return made;
-    }
-
 private Q_SLOTS:
     void importSendsThePlan_data()
     {

@@ -10,6 +10,7 @@ using KvTest::KvplanRun;
 using KvTest::Reply;
 using KvTest::ScriptedServer;
 using KvTest::taskReply;
+using KvTest::utf8;
 using KvTest::words;
 
 namespace {
@@ -30,24 +31,11 @@ QJsonObject counted(int count)
     return {{QStringLiteral("count"), count}};
 }
 
-QString utf8(const char* text)
-{
-    return QString::fromUtf8(text);
-}
-
 } // namespace
 
 class KvplanNodesTest : public QObject
 {
     Q_OBJECT
-
-private:
-    Kvplan kvplan(const ScriptedServer& server) const
-    {
-        Kvplan made(server.baseUrl());
-        made.setEnvironment(QStringLiteral("KV_PROJECT_ID"), QStringLiteral("tower"));
-        return made;
-    }
 
 private Q_SLOTS:
     void nodes()

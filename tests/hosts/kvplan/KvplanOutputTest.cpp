@@ -40,12 +40,7 @@ private:
     ScriptedServer m_server;
     const QByteArray m_plan = QJsonDocument(largePlan()).toJson(QJsonDocument::Compact);
 
-    Kvplan kvplan() const
-    {
-        Kvplan made(m_server.baseUrl());
-        made.setEnvironment(QStringLiteral("KV_PROJECT_ID"), QStringLiteral("tower"));
-        return made;
-    }
+    Kvplan kvplan() const { return KvTest::kvplan(m_server); }
 
 private Q_SLOTS:
     void init()

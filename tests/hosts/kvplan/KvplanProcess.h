@@ -27,6 +27,11 @@ struct KvplanRun
 /// A command line as its words: "show p1 --rows 2" as four.
 QStringList words(const char* line);
 
+inline QString utf8(const char* text)
+{
+    return QString::fromUtf8(text);
+}
+
 /// The built kvplan, with what a caller can give it. A run handles events of this thread meanwhile, so that a
 /// server of the test can answer.
 class Kvplan

@@ -5,19 +5,14 @@
 
 #include <QtTest/QtTest>
 
-using KvTest::Kvplan;
 using KvTest::KvplanRun;
 using KvTest::Reply;
 using KvTest::ScriptedServer;
 using KvTest::taskReply;
+using KvTest::utf8;
 using KvTest::words;
 
 namespace {
-
-QString utf8(const char* text)
-{
-    return QString::fromUtf8(text);
-}
 
 QJsonObject response(const char* id, int percentage)
 {
@@ -74,14 +69,6 @@ QJsonObject state(const char* task, int code)
 class KvplanProgressTest : public QObject
 {
     Q_OBJECT
-
-private:
-    Kvplan kvplan(const ScriptedServer& server) const
-    {
-        Kvplan made(server.baseUrl());
-        made.setEnvironment(QStringLiteral("KV_PROJECT_ID"), QStringLiteral("tower"));
-        return made;
-    }
 
 private Q_SLOTS:
     void respond()

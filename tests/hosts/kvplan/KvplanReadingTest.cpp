@@ -5,7 +5,6 @@
 
 #include <QtTest/QtTest>
 
-using KvTest::Kvplan;
 using KvTest::KvplanRun;
 using KvTest::planReply;
 using KvTest::Reply;
@@ -37,14 +36,6 @@ QJsonObject smallPlan()
 class KvplanReadingTest : public QObject
 {
     Q_OBJECT
-
-private:
-    Kvplan kvplan(const ScriptedServer& server) const
-    {
-        Kvplan made(server.baseUrl());
-        made.setEnvironment(QStringLiteral("KV_PROJECT_ID"), QStringLiteral("tower"));
-        return made;
-    }
 
 private Q_SLOTS:
     void allPlansInNaturalOrder()

@@ -11,14 +11,10 @@ using KvTest::KvplanRun;
 using KvTest::planReply;
 using KvTest::Reply;
 using KvTest::ScriptedServer;
+using KvTest::utf8;
 using KvTest::words;
 
 namespace {
-
-QString utf8(const char* text)
-{
-    return QString::fromUtf8(text);
-}
 
 Reply refusal()
 {

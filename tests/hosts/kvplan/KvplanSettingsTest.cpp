@@ -1,18 +1,13 @@
-// kvplan settings on a settings folder of its own and a scripted service: what it shows, what it changes, and
-// what it refuses.
+// kvplan settings on a settings folder of its own and a scripted service: what it shows and what it
+// changes.
 
-#include "KvplanProcess.h"
+#include "KvplanSettingsFixture.h"
 
 #include <support/ScriptedServer.h>
 
-#include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
-#include <QtCore/QJsonDocument>
-#include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
-
-#include <memory>
 
 using KvTest::Kvplan;
 using KvTest::KvplanRun;
@@ -20,24 +15,11 @@ using KvTest::Reply;
 using KvTest::ScriptedServer;
 using KvTest::words;
 
-class KvplanSettingsTest : public QObject
+class KvplanSettingsTest : public KvplanSettingsFixture
 {
     Q_OBJECT
 
 private:
-    std::unique_ptr<QTemporaryDir> m_folder;
-
-    Kvplan kvplan(const QString& server = QString()) const
-    {
-        Kvplan made(server);
-        made.setEnvironment(QStringLiteral("KV_SETTINGS_DIR"), m_folder->path());
-        made.setEnvironment(QStringLiteral("NO_COLOR"), QString());
-        made.setEnvironment(QStringLiteral("TERM"), QStringLiteral("xterm"));
-        return made;
-    }
-
-    QString filePath() const { return m_folder->filePath(QStringLiteral("PlanSetting.ini")); }
-
     QByteArray fileBytes() const
     {
         QFile file(filePath());
@@ -50,8 +32,6 @@ private:
     }
 
 private Q_SLOTS:
-    void init() { m_folder.reset(new QTemporaryDir); }
-
     void helpOfEachPart()
     {
         for (const char* part : {"settings", "settings columns", "settings hidden", "settings colors",
@@ -285,110 +265,6 @@ private Q_SLOTS:
         const KvplanRun run = kvplan(server.baseUrl()).run(words("settings get nothing"));
         QCOMPARE(run.exitCode, 0);
         QCOMPARE(run.output, QByteArray("null\n"));
-    }
-
-    void refused_data()
-    {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<QString>("says");
-        const auto row = [](const char* line, const char* says) {
-            QTest::newRow(line) << QString::fromUtf8(line) << QString::fromUtf8(says);
-        };
-        row("settings colours", "there are no settings \"colours\"");
-        row("settings --rows 2", "nknown option 'rows'");
-        row("settings --settings-dir ", "--settings-dir takes a folder, not \"\"");
-        row("settings columns Start", "\"Start\" has no \"=\"");
-        row("settings columns Start=wide",
-            "the width of \"Start\" is a whole number from 1 to 100000, not \"wide\"");
-        row("settings columns %2=0", "the width of \"%2\" is a whole number from 1 to 100000, not \"0\"");
-        row("settings columns Start=100001", "not \"100001\"");
-        row("settings columns 🏗=5", "the settings file cannot hold the name \"🏗\"");
-        row("settings columns --remove none", "there is no width of a column \"none\"");
-        row("settings colors 7=red", "there is no state \"7\"; states are 0 to 6");
-        row("settings colors late=red", "there is no state \"late\"");
-        row("settings colors 0=rot", "\"rot\" is no colour; one looks like #ff0000");
-        row("settings colors 0", "\"0\" has no \"=\"");
-        row("settings simulation", "PLAN is missing");
-        row("settings simulation a/b", "\"a/b\" is no plan identifier");
-        row("settings simulation p1 Speed=2",
-            "there is no setting \"Speed\"; there are DayForS, TimeStart, ");
-        row("settings simulation p1 DayForS", "\"DayForS\" has no \"=\"");
-        row("settings simulation p1 DayForS=0", "DayForS takes a number above 0, not \"0\"");
-        row("settings simulation p1 DayForS=inf", "DayForS takes a number above 0, not \"inf\"");
-        row("settings simulation p1 TimeStart=soon", "TimeStart takes a date as in 2026-03-05T08:00:00");
-        row("settings simulation p1 FinishClr=%1", "FinishClr takes true or false, not \"%1\"");
-        row("settings simulation p1 FinishClr=false DayForS=x", "DayForS takes a number above 0");
-        row("settings hidden --hide a", "no server: give --server or set KV_BASE_API");
-        row("settings get", "KEY is missing");
-        row("settings get k", "no server: give --server");
-        row("settings set k", "JSON is missing");
-        row("settings set k [ --server http://127.0.0.1:1/", "\"[\" is no JSON value: ");
-        row("settings set k 1,2 --server http://127.0.0.1:1/", "\"1,2\" is no JSON value;");
-    }
-    void refused()
-    {
-        QFETCH(QString, line);
-        QFETCH(QString, says);
-        const KvplanRun run = kvplan().run(line.split(QLatin1Char(' ')));
-        QCOMPARE(run.faultOfFailure(2), QString());
-        QVERIFY2(run.error().contains(says), qPrintable(run.error()));
-        QVERIFY(!QFileInfo::exists(filePath()));
-    }
-
-    void aHiddenColumnThatIsNone()
-    {
-        ScriptedServer server;
-        server.enqueue(Reply::json(QJsonObject()));
-        const KvplanRun run = kvplan(server.baseUrl()).run(words("settings hidden --show a"));
-        QCOMPARE(run.faultOfFailure(2), QString());
-        QVERIFY2(run.error().contains(QLatin1String("there is no hidden column \"a\"")),
-                 qPrintable(run.error()));
-    }
-
-    void theServiceFails_data()
-    {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<QString>("says");
-        QTest::newRow("all") << QStringLiteral("settings")
-                             << QStringLiteral("cannot read the hidden columns");
-        QTest::newRow("hidden") << QStringLiteral("settings hidden --hide a")
-                                << QStringLiteral("cannot read the hidden columns");
-        QTest::newRow("get") << QStringLiteral("settings get k")
-                             << QStringLiteral("cannot read the setting \"k\"");
-        QTest::newRow("set") << QStringLiteral("settings set k 1")
-                             << QStringLiteral("cannot store the setting \"k\"");
-    }
-    void theServiceFails()
-    {
-        QFETCH(QString, line);
-        QFETCH(QString, says);
-        const KvplanRun run = kvplan(ScriptedServer::refusingUrl()).run(line.split(QLatin1Char(' ')));
-        QCOMPARE(run.faultOfFailure(1), QString());
-        QVERIFY2(run.error().contains(says), qPrintable(run.error()));
-    }
-
-    void theServiceDoesNotTakeTheHiddenColumns()
-    {
-        ScriptedServer server;
-        server.enqueue(Reply::json(QJsonObject()));
-        server.enqueue(Reply::json(QJsonObject(), 500));
-        const KvplanRun run = kvplan(server.baseUrl()).run(words("settings hidden --hide a"));
-        QCOMPARE(run.faultOfFailure(1), QString());
-        QVERIFY2(run.error().contains(QLatin1String("cannot store the hidden columns")),
-                 qPrintable(run.error()));
-    }
-
-    void theFileCannotBeWritten()
-    {
-        QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("PlanSetting.ini"))); // in its place
-        for (const char* line :
-             {"settings columns a=1", "settings colors 0=red", "settings simulation p1 DayForS=9"}) {
-            const KvplanRun run = kvplan().run(words(line));
-            QCOMPARE(run.faultOfFailure(3), QString());
-            QVERIFY2(
-                run.error().contains(QStringLiteral("cannot write the settings file \"%1\"").arg(filePath())),
-                qPrintable(run.error()));
-        }
     }
 
     void theFolderAsAnOption()

@@ -1,12 +1,22 @@
 #pragma once
 
+#include "KvplanProcess.h"
+
 #include <support/ScriptedServer.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
 
-/// Plans as the service sends them, for the tests on a scripted server.
+/// The service in the tests on a scripted server: who asks it, and plans as it sends them.
 namespace KvTest {
+
+/// A kvplan that asks @p server for the project "tower".
+inline Kvplan kvplan(const ScriptedServer& server)
+{
+    Kvplan made(server.baseUrl());
+    made.setEnvironment(QStringLiteral("KV_PROJECT_ID"), QStringLiteral("tower"));
+    return made;
+}
 
 inline QJsonObject planReply(const QString& id, const QString& name, const QJsonArray& tasks = {})
 {
