@@ -1,19 +1,7 @@
+#include "SampleFile.h"
 #include "SampleOptionsText.h"
 
-#include <QSaveFile>
-
 namespace PlanService {
-
-namespace {
-
-void writeTo(QSaveFile& file, const QByteArray& piece)
-{
-    if (file.write(piece) != piece.size()) {
-        throw Failure(QStringLiteral("cannot write '%1': %2").arg(file.fileName(), file.errorString()));
-    }
-}
-
-} // namespace
 
 int runSample(const QStringList& arguments)
 {
@@ -38,15 +26,9 @@ int runSample(const QStringList& arguments)
         }
         return 0;
     }
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
-        throw Failure(QStringLiteral("cannot write '%1': %2; name a file in a folder you may write to")
-                          .arg(path, file.errorString()));
-    }
-    writeSample(project, [&file](const QByteArray& piece) { writeTo(file, piece); });
-    if (!file.commit()) {
-        throw Failure(QStringLiteral("cannot write '%1': %2").arg(path, file.errorString()));
-    }
+    SampleFile file(path);
+    writeSample(project, [&file](const QByteArray& piece) { file.write(piece); });
+    file.commit();
     return 0;
 }
 

@@ -1,6 +1,10 @@
 #include "../json/JsonWriter.h"
+#include "../seed/SampleModel.h"
 #include "../store/OpenStore.h"
+#include "SampleFile.h"
 #include "SampleOptionsText.h"
+
+#include <optional>
 
 namespace PlanService {
 
@@ -38,6 +42,11 @@ int runSeed(const QStringList& arguments)
                                    "same project."));
     options.add(QStringLiteral("database"), QStringLiteral("The database file."), QStringLiteral("FILE"));
     addSampleOptions(options);
+    options.add(
+        QStringLiteral("model"),
+        QStringLiteral("Write the building's geometry to this Wavefront OBJ file, its objects named as "
+                       "the plan's entities."),
+        QStringLiteral("FILE.obj"));
     options.add(QStringLiteral("if-missing"),
                 QStringLiteral("Succeed without a change when the plan is already there."));
     options.add(QStringLiteral("json"), QStringLiteral("Print the summary as one JSON object."));
@@ -46,11 +55,24 @@ int runSeed(const QStringList& arguments)
     }
     const QString database = options.required(QStringLiteral("database"));
     const SampleProject project(readSampleOptions(options));
+    // Before the database, so that a file that cannot be written leaves everything as it was.
+    std::optional<SampleFile> model;
+    if (options.has(QStringLiteral("model"))) {
+        const QString path = options.required(QStringLiteral("model"));
+        if (!path.endsWith(QLatin1String(".obj"), Qt::CaseInsensitive)) {
+            throw UsageError(QStringLiteral("--model '%1' has to end in .obj").arg(path));
+        }
+        model.emplace(path);
+        writeSampleModel(project, [&model](const QByteArray& piece) { model->write(piece); });
+    }
     const auto store = openStore(database, MissingDatabase::Create);
     const bool there = store->planOwnership(project.plan().id).has_value();
     const bool add = !there || !options.has(QStringLiteral("if-missing"));
     if (add) {
         seedStore(project, *store);
+    }
+    if (model) {
+        model->commit();
     }
     report(project, store->planNodeCount(project.plan().id), add, options.has(QStringLiteral("json")));
     return 0;

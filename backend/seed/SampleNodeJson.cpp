@@ -26,6 +26,26 @@ int linkCode(SampleLink link)
 constexpr int hoursUnit = 1;
 constexpr int daysUnit = 2;
 
+constexpr int noEffect = -1;
+
+/// How the elements of a trade come into view, in the numbers of the growth directions.
+int effectOf(const SampleItem& item)
+{
+    if (item.code == QLatin1String("EXC")) {
+        return 13; // the ground is taken away
+    }
+    if (item.code == QLatin1String("STR") || item.code == QLatin1String("FAC")) {
+        return 10; // bottom to top
+    }
+    if (item.code == QLatin1String("CON") || item.code == QLatin1String("RAF")) {
+        return item.floor % 2 == 0 ? 4 : 6; // left to right and back
+    }
+    if (item.code == QLatin1String("MEP")) {
+        return 0; // front to back
+    }
+    return item.code == QLatin1String("FIN") ? 2 : 12; // back to front; at once
+}
+
 QStringList peopleFor(const SampleItem& item, int role)
 {
     // The same crew stays with a trade on a floor; roles take different people.
@@ -132,6 +152,10 @@ SampleNode SampleNodeJson::node(const std::vector<SampleItem>& items, std::size_
     const QStringList cooperating = leaf && item.floor % 2 == 1 ? peopleFor(item, 2) : QStringList();
     node.worker = executing.value(0);
     record.people = peopleText(peopleFor(item, 0) + executing + cooperating);
+    node.tower = m_tower;
+    node.floor = item.floor;
+    node.trade = item.code;
+    node.entities = entitiesOf(item, random);
     const bool late = leaf && item.actualEnd > item.end;
 
     m_json.beginObject();
@@ -160,7 +184,7 @@ SampleNode SampleNodeJson::node(const std::vector<SampleItem>& items, std::size_
     m_json.key("finishDate").text(record.finishDate);
     m_json.key("actualStartDate").text(record.actualStartDate);
     m_json.key("actualFinishDate").text(record.actualFinishDate);
-    m_json.key("dynamicEffect").number(leaf ? 1 + item.floor % 3 : 0);
+    m_json.key("dynamicEffect").number(leaf && !item.milestone ? effectOf(item) : noEffect);
     // The one flag that goes out as a number.
     m_json.key("displaySimulation").number(item.milestone ? 0 : 1);
     const bool temporary = leaf && item.code == QLatin1String("TMP");
@@ -171,7 +195,7 @@ SampleNode SampleNodeJson::node(const std::vector<SampleItem>& items, std::size_
     m_json.key("predecessors");
     writePredecessors(items, index);
     m_json.key("entity");
-    writeEntities(item, random);
+    writeEntities(item, node.entities);
     m_json.key("userIds").texts(peopleFor(item, 0));
     m_json.key("executeIds").texts(executing);
     m_json.key("cooperateIds").texts(cooperating);
@@ -222,20 +246,29 @@ void SampleNodeJson::writePredecessors(const std::vector<SampleItem>& items, std
     m_json.endArray();
 }
 
-void SampleNodeJson::writeEntities(const SampleItem& item, SampleRandom& random)
+QStringList SampleNodeJson::entitiesOf(const SampleItem& item, SampleRandom& random) const
+{
+    QStringList entities;
+    if (item.hasChildren || item.milestone) {
+        return entities;
+    }
+    const QString tower = m_tower > 0 ? QStringLiteral("T%1-").arg(m_tower) : QString();
+    const int first = random.between(100, 900);
+    for (int i = 0; i < 2 + item.floor % 2; ++i) {
+        entities += tower + QStringLiteral("F%1-%2-%3")
+                                .arg(item.floor, 2, 10, QLatin1Char('0'))
+                                .arg(item.code)
+                                .arg(first + i);
+    }
+    return entities;
+}
+
+void SampleNodeJson::writeEntities(const SampleItem& item, const QStringList& entities)
 {
     m_json.beginArray();
-    if (!item.hasChildren && !item.milestone) {
+    if (!entities.isEmpty()) {
         m_json.beginObject();
         m_json.key("modelId").text(QStringLiteral("model-t%1-%2").arg(qMax(1, m_tower)).arg(item.model));
-        QStringList entities;
-        const int first = random.between(100, 900);
-        for (int i = 0; i < 2 + item.floor % 2; ++i) {
-            entities += QStringLiteral("F%1-%2-%3")
-                            .arg(item.floor, 2, 10, QLatin1Char('0'))
-                            .arg(item.code)
-                            .arg(first + i);
-        }
         m_json.key("entityIds").texts(entities);
         m_json.endObject();
     }

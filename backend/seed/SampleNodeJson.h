@@ -30,7 +30,8 @@ private:
     QString nameOf(const SampleItem& item) const;
     QString dateText(int day, bool evening);
     void writePredecessors(const std::vector<SampleItem>& items, std::size_t index);
-    void writeEntities(const SampleItem& item, SampleRandom& random);
+    QStringList entitiesOf(const SampleItem& item, SampleRandom& random) const;
+    void writeEntities(const SampleItem& item, const QStringList& entities);
     void writeBills(const SampleItem& item);
 
     const PlanRecord& m_plan;

@@ -33,8 +33,12 @@ struct SampleNode
     PlanNodeRecord record;
     bool summary = false;
     bool milestone = false;
-    double progress = 0; ///< percent
-    QString worker;      ///< one who executes it; empty for summaries
+    double progress = 0;  ///< percent
+    QString worker;       ///< one who executes it; empty for summaries
+    int tower = 0;        ///< its number from 1; 0 when there is only one
+    int floor = 0;        ///< 0: not on a floor
+    QString trade;        ///< its code; empty when the node builds nothing
+    QStringList entities; ///< that it builds
 };
 
 /// A residential tower, or as many as the node count asks for: phase, floor or section, trade, task. Links of

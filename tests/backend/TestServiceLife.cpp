@@ -192,6 +192,47 @@ private Q_SLOTS:
         QVERIFY(!again.value("added"_s).toBool());
     }
 
+    void seedingWritesTheModelToo()
+    {
+        ServiceProcess service;
+        const QTemporaryDir folder;
+        const QString path = folder.filePath("tower.OBJ"_s);
+        QVERIFY2(!service.seed({"--floors"_s, "2"_s, "--model"_s, path}).isEmpty(),
+                 qPrintable(service.failure()));
+        QFile model(path);
+        QVERIFY(model.open(QIODevice::ReadOnly));
+        const QByteArray written = model.readAll();
+        QVERIFY(written.contains("\no F02-CON-"));
+        model.close();
+        QVERIFY(model.remove());
+        // Also beside a plan that is there already, and the same again.
+        QVERIFY(!service.seed({"--floors"_s, "2"_s, "--if-missing"_s, "--model"_s, path}).isEmpty());
+        QVERIFY(model.open(QIODevice::ReadOnly));
+        QCOMPARE(model.readAll(), written);
+    }
+
+    void aModelThatCannotBeWrittenSeedsNothing_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("other format") << "tower.fbx"_s
+                                      << "has to end in .obj"_s;
+        QTest::newRow("no such folder") << "none/tower.obj"_s
+                                        << "name a file in a folder you may write to"_s;
+    }
+    void aModelThatCannotBeWrittenSeedsNothing()
+    {
+        QFETCH(QString, file);
+        QFETCH(QString, message);
+        ServiceProcess service;
+        const QTemporaryDir folder;
+        QVERIFY(service.seed({"--model"_s, folder.filePath(file)}).isEmpty());
+        QVERIFY2(service.failure().contains(message), qPrintable(service.failure()));
+        QVERIFY2(service.failure().contains(file), qPrintable(service.failure()));
+        QVERIFY(!QFileInfo::exists(service.databaseFile()));
+        QVERIFY(!QFileInfo::exists(folder.filePath(file)));
+    }
+
     void largeRepliesWaitForRoomAndSmallOnesDoNot()
     {
         ServiceProcess service;
