@@ -57,6 +57,16 @@ void appendLength(Text& out, int length)
     appendNumber(out, length, digitsOfLength);
 }
 
+/// The value of a decimal digit of any script, -1 for every other character. Names are mostly ASCII, which
+/// needs no look-up in the tables of Unicode.
+int digitOf(QChar character)
+{
+    const ushort code = character.unicode();
+    if (code < 0x80)
+        return code >= '0' && code <= '9' ? code - '0' : -1;
+    return character.isDigit() ? character.digitValue() : -1;
+}
+
 /// Rewrites a text so that plain comparison orders its numbers by value. QCollator's own numeric mode does
 /// not do: it is ignored in the C locale, and elsewhere it breaks up numbers beyond some length.
 void makeComparable(const QString& text, Text& out)
@@ -64,18 +74,18 @@ void makeComparable(const QString& text, Text& out)
     const QChar* at = text.constData();
     const QChar* const end = at + text.size();
     while (at != end) {
-        if (!at->isDigit()) {
+        if (digitOf(*at) < 0) {
             out.append(*at++);
             continue;
         }
-        while (at != end && at->digitValue() == 0)
+        while (at != end && digitOf(*at) == 0)
             ++at;
         const QChar* const first = at;
-        while (at != end && at->isDigit())
+        while (at != end && digitOf(*at) >= 0)
             ++at;
         appendLength(out, static_cast<int>(at - first));
         for (const QChar* digit = first; digit != at; ++digit)
-            appendNumber(out, digit->digitValue(), 1);
+            out.append(QChar(ushort('0' + digitOf(*digit))));
     }
 }
 

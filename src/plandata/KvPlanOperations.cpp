@@ -46,9 +46,12 @@ bool KvPlanData::getAllPlan(QList<KvPlan>& plans, bool flag)
     Q_UNUSED(flag) // part of the signature that hosts are linked against; it never made a difference
     clear();
     const bool read = Kv::requestAllPlans(plans);
-    std::sort(plans.begin(), plans.end(), [](const KvPlan& a, const KvPlan& b) {
+    const auto before = [](const KvPlan& a, const KvPlan& b) {
         return KvPub::naturalSort(a.name, b.name, Qt::CaseInsensitive);
-    });
+    };
+    // Sorting costs more than all else here, and plans often come in order already.
+    if (!std::is_sorted(plans.constBegin(), plans.constEnd(), before))
+        std::sort(plans.begin(), plans.end(), before);
     for (const KvPlan& plan : qAsConst(plans)) {
         m_planCache.insert(plan.id, plan);
         m_planDetailLoaded.insert(plan.id, false);
