@@ -66,6 +66,11 @@ asio::ip::address addressFrom(const QString& text)
     return address;
 }
 
+ApiError malformedRequest()
+{
+    return {400, QStringLiteral("malformedRequest"), QStringLiteral("the request is not well-formed HTTP")};
+}
+
 ApiError refusal(const std::string& message)
 {
     const auto has = [&](const char* name) {
@@ -83,7 +88,22 @@ ApiError refusal(const std::string& message)
         return {431, QStringLiteral("headersTooLarge"),
                 QStringLiteral("the headers are longer or more than this service accepts")};
     }
-    return {400, QStringLiteral("malformedRequest"), QStringLiteral("the request is not well-formed HTTP")};
+    return malformedRequest();
+}
+
+/// Whether somebody between client and service may read the request in another way than the parser here did,
+/// which lets more pass than it should. What lies between two such readings is how requests are smuggled.
+bool isAmbiguous(const restinio::http_request_header_t& header)
+{
+    int hosts = 0;
+    bool ambiguous = false;
+    header.for_each_field([&](const restinio::http_header_field_t& field) {
+        hosts += field.field_id() == restinio::http_field::host ? 1 : 0;
+        const bool isCoding = field.field_id() == restinio::http_field::transfer_encoding;
+        ambiguous = ambiguous || field.name().find_first_of(" \t") != std::string::npos ||
+                    (isCoding && !restinio::impl::is_equal_caseless(field.value(), "chunked"));
+    });
+    return ambiguous || hosts > 1;
 }
 
 } // namespace
@@ -260,13 +280,20 @@ private:
         entry.method = request.method;
         entry.path = pathOf(request.target).left(longestLoggedPath);
         ++m_atWork;
-        m_handler(std::move(request), [this, handle, entry, started](Reply&& reply) {
+        const Respond respond = [this, handle, entry, started](Reply&& reply) {
             // Never from within this call: a reply that is out before the connection has taken note of its
             // request makes it read the next one twice.
             asio::post(m_context, [this, handle, entry, started, reply = std::move(reply)]() mutable {
                 send(*handle, std::move(reply), std::move(entry), started);
             });
-        });
+        };
+        if (isAmbiguous(header)) {
+            Reply reply = malformedRequest().reply();
+            reply.closes = true;
+            respond(std::move(reply));
+        } else {
+            m_handler(std::move(request), Respond(respond));
+        }
         return restinio::request_accepted();
     }
 
@@ -284,7 +311,8 @@ private:
             response.append_header(extra.first.toStdString(), extra.second.toStdString());
         }
         // A request to change the protocol is answered as any other, but its connection cannot go on.
-        if (m_stopping || request.header().connection() == restinio::http_connection_header_t::upgrade) {
+        if (m_stopping || reply.closes ||
+            request.header().connection() == restinio::http_connection_header_t::upgrade) {
             response.connection_close();
         }
         if (entry.method != "HEAD") {

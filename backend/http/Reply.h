@@ -28,6 +28,7 @@ struct Reply
     std::shared_ptr<void> lease; ///< held until the reply is out; empty: nobody counts it
     const char* contentType = "application/json; charset=utf-8";
     ReplyNote note = {};
+    bool closes = false; ///< whether the connection ends with it
 
     qint64 size() const
     {
