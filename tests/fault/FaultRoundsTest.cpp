@@ -20,7 +20,9 @@
 #include <QtCore/QJsonDocument>
 #include <QtTest/QtTest>
 
-#ifdef Q_OS_LINUX
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/allocator_interface.h>
+#elif defined(Q_OS_LINUX)
 #include <malloc.h>
 #endif
 
@@ -42,7 +44,9 @@ int fromEnvironment(const char* name, int usual)
 /// Bytes that the process has allocated and not freed; 0 where the system does not tell.
 qint64 bytesInUse()
 {
-#ifdef Q_OS_LINUX
+#if defined(__SANITIZE_ADDRESS__)
+    return static_cast<qint64>(__sanitizer_get_current_allocated_bytes());
+#elif defined(Q_OS_LINUX)
     return static_cast<qint64>(mallinfo2().uordblks);
 #else
     return 0;

@@ -41,55 +41,48 @@ struct Operation
 {
     const char* name;
     bool (*run)(KvPlanData& data, const QString& id);
-    int requests;
 };
 
-// One of each kind of wait. What they are asked about is told by the id, so that a reply of another one
+// Each kind of wait. What they are asked about is told by the id, so that a reply of another one
 // shows.
 const Operation Operations[] = {
     {"read a plan",
      [](KvPlanData& data, const QString& id) {
          KvPlan plan;
          return data.getPlanById(id, plan) && plan.id == id && data.getPlanName(id) == id;
-     },
-     1},
+     }},
     {"read a node",
      [](KvPlanData& data, const QString& id) {
          KvPlanNode node;
          KvPlanNode cached;
          return data.getPlanNodeById(id, node) && node.id == id &&
                 data.getPlanNodeFromCacheById(id, cached) && cached.id == id;
-     },
-     1},
+     }},
     {"list plans",
      [](KvPlanData& data, const QString&) {
          QList<KvPlan> plans;
          return data.getAllPlan(plans, false) && plans.size() == 1;
-     },
-     1},
+     }},
     {"count plans",
      [](KvPlanData& data, const QString&) {
          KvPlanCondition condition;
          condition.allTime = true;
          int count = 0;
          return data.getPlanRangeCount(condition, count) && count == 1;
-     },
-     1},
+     }},
     {"create a plan",
      [](KvPlanData& data, const QString& id) {
          KvPlan plan;
          plan.name = id;
          return data.createPlan(plan) && plan.id == QLatin1String("plans") &&
                 data.getPlanName(plan.id) == plan.name;
-     },
-     1},
+     }},
     {"create a node",
      [](KvPlanData& data, const QString& id) {
          KvPlanNode node;
          node.name = id;
          return data.createPlanNode(node) && node.id == QLatin1String("planNodes");
-     },
-     1},
+     }},
     {"update a plan",
      [](KvPlanData& data, const QString& id) {
          KvPlan plan;
@@ -97,8 +90,7 @@ const Operation Operations[] = {
              return false;
          plan.category = QStringLiteral("changed");
          return data.updatePlan(plan) && plan.id == id;
-     },
-     2},
+     }},
     {"update a node",
      [](KvPlanData& data, const QString& id) {
          KvPlanNode node;
@@ -106,26 +98,70 @@ const Operation Operations[] = {
              return false;
          node.remark = QStringLiteral("changed");
          return data.updatePlanNode(node) && node.id == id;
-     },
-     2},
-    {"delete a node", [](KvPlanData& data, const QString& id) { return data.deletePlanNodeById(id); }, 1},
+     }},
+    {"copy a plan",
+     [](KvPlanData& data, const QString& id) {
+         KvPlan plan;
+         return data.copyPlanById(id, plan) && plan.id == QLatin1String("copy");
+     }},
+    {"list a plan's nodes",
+     [](KvPlanData& data, const QString& id) {
+         QList<KvPlanNode> nodes;
+         data.getPlanNodesByPlanId(id, nodes); // reads the plan first, for its category
+         return nodes.size() == 1 && data.getPlanName(id) == id;
+     }},
+    {"save nodes",
+     [](KvPlanData& data, const QString& id) {
+         KvPlanNode known;
+         if (!data.getPlanNodeById(id, known))
+             return false;
+         known.name = QStringLiteral("changed");
+         data.savePlanNodes(QStringLiteral("p1"), {KvPlanNode(), known});
+         KvPlanNode created;
+         return data.getPlanNodeFromCacheById(QStringLiteral("planNodes"), created) &&
+                created.name == QLatin1String("planNodes");
+     }},
+    {"update nodes",
+     [](KvPlanData& data, const QString& id) {
+         KvPlanNode node;
+         node.id = id;
+         QList<KvPlanNode> nodes{node};
+         return data.updatePlanNodes(nodes) && nodes.isEmpty();
+     }},
+    {"report progress",
+     [](KvPlanData& data, const QString& id) {
+         KvPlanNodeResponse response;
+         return data.createPlanNodeResponse(id, response) && response.id == QLatin1String("responses");
+     }},
+    {"count progress",
+     [](KvPlanData& data, const QString&) {
+         KvPlanStatistics statistics;
+         return data.geStatistics(QStringLiteral("c"), statistics) && statistics.total == 1;
+     }},
+    {"set a state",
+     [](KvPlanData& data, const QString& id) {
+         KvMeteringState state;
+         state.taskId = id;
+         return data.updateMeteringState(state) && state.id == QLatin1String("taskstates");
+     }},
+    {"delete a node",
+     [](KvPlanData& data, const QString& id) {
+         return data.deletePlanNodeById(id);
+     }},
     {"ask for rights",
      [](KvPlanData& data, const QString&) {
          data.initAuth(QStringLiteral("c"));
          return data.getCreateAuth() && data.getExportAuth();
-     },
-     5},
+     }},
     {"load the hidden columns",
      [](KvPlanData&, const QString&) {
          KvPlanSetting::instance()->LoadPlanSetting();
          return KvPlanSetting::instance()->GetGanttHideHeader() == QStringList{QStringLiteral("a")};
-     },
-     1},
+     }},
     {"store a setting",
      [](KvPlanData& data, const QString&) {
          return data.saveSetting(QStringLiteral("k"), {{QStringLiteral("value"), 1}});
-     },
-     1},
+     }},
 };
 
 /// Answers any of the operations, naming what was asked about.
@@ -140,7 +176,10 @@ Reply answerTo(const Request& request)
         return Reply::json(QJsonObject{{QStringLiteral("value"), QStringLiteral("true")}});
     if (request.target.contains("only_count"))
         return Reply::json(QJsonObject{{QStringLiteral("count"), 1}});
-    if (path.contains(QLatin1String("/projects/")))
+    if (path.endsWith(QLatin1String("_statistics")))
+        return Reply::json(QJsonObject{{QStringLiteral("total"), 1}});
+    if (path.contains(QLatin1String("/projects/")) ||
+        (path.contains(QLatin1String("/plans/")) && path.endsWith(QLatin1String("/planNodes"))))
         return Reply::json(QJsonArray{record});
     return Reply::json(record);
 }

@@ -5,6 +5,9 @@
 #include <QtCore/QTimer>
 #include <QtNetwork/QTcpSocket>
 
+#include <memory>
+#include <utility>
+
 namespace KvTest {
 
 /// One client's connection and its own to the service. It goes when either side is gone.
@@ -33,6 +36,8 @@ public:
     {
         m_client.disconnect(this);
         m_service.disconnect(this);
+        if (m_twin)
+            m_twin->disconnect(this);
     }
 
 private:
@@ -52,6 +57,14 @@ private:
         if (m_isReplying) { // bytes behind a reply begin the next exchange
             m_isReplying = false;
             m_fault = m_proxy.nextFault();
+            m_twin.reset();
+            if (m_fault == FaultyProxy::RequestTwice)
+                beginTwin();
+        }
+        if (m_twin) {
+            m_twin->write(bytes);
+            m_held += bytes;
+            return;
         }
         if (m_fault == FaultyProxy::RequestCut) {
             m_service.write(bytes.left(bytes.size() / 2));
@@ -59,6 +72,24 @@ private:
             return;
         }
         m_service.write(bytes);
+    }
+
+    /// A second connection to the service, which has the request first: when it is answered, so that a late
+    /// twin undoes nothing that comes after, the client's own follows.
+    void beginTwin()
+    {
+        m_held.clear();
+        m_twin = std::make_unique<QTcpSocket>();
+        const auto goOn = [this] {
+            if (QTcpSocket* const twin = m_twin.release()) {
+                twin->disconnect(this);
+                twin->deleteLater();
+                m_service.write(std::exchange(m_held, {}));
+            }
+        };
+        connect(m_twin.get(), &QTcpSocket::readyRead, this, goOn);
+        connect(m_twin.get(), &QTcpSocket::errorOccurred, this, goOn);
+        m_twin->connectToHost(QStringLiteral("127.0.0.1"), m_proxy.m_servicePort);
     }
 
     void takeReply()
@@ -132,7 +163,9 @@ private:
     FaultyProxy& m_proxy;
     QTcpSocket m_client;
     QTcpSocket m_service;
-    QByteArray m_waiting; // on its way to the client
+    QByteArray m_waiting;               // on its way to the client
+    std::unique_ptr<QTcpSocket> m_twin; // while the request's first copy is unanswered
+    QByteArray m_held;                  // the second copy meanwhile
     FaultyProxy::Fault m_fault = FaultyProxy::None;
     bool m_isReplying = true; // so that the first bytes begin an exchange
     bool m_isTimed = false;
@@ -167,9 +200,9 @@ FaultyProxy::Fault FaultyProxy::nextFault()
     if (draw < m_silencePerThousand) {
         fault = Never;
     } else if (draw < m_silencePerThousand + m_faultsPerThousand) {
-        static const Fault others[] = {Late,         Sliced,   RequestCut,     ResetUnanswered,
+        static const Fault others[] = {Late,         Sliced,   RequestTwice,   RequestCut, ResetUnanswered,
                                        ResetInReply, ReplyCut, SomeBytesTwice, ReplyTwice};
-        fault = others[number(0, 7)];
+        fault = others[number(0, int(std::size(others)) - 1)];
     }
     ++m_counts[fault];
     return fault;

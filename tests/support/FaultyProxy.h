@@ -24,6 +24,7 @@ public:
         Late,            ///< each part of the reply after some milliseconds
         Never,           ///< no byte of the reply
         Sliced,          ///< the reply in pieces of a few bytes
+        RequestTwice,    ///< the service gets the whole request twice; its second reply is passed on
         RequestCut,      ///< only the first half of the request, then both sides are closed
         ResetUnanswered, ///< the request arrives; the connection is reset when the reply comes
         ResetInReply,    ///< reset after some bytes of the reply
