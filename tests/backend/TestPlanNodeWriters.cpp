@@ -126,7 +126,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("nodes");
         QTest::addColumn<int>("rounds");
         QTest::newRow("3,000 nodes") << 3000 << 24;
-        QTest::newRow("100,000 nodes") << 100000 << 20;
+        QTest::newRow("a large batch") << KV_LARGE_BATCH << 20;
     }
 
     void batchesSurviveBeingKilled()

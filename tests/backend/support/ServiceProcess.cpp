@@ -8,7 +8,7 @@ namespace KvTest {
 
 namespace {
 
-constexpr int startTimeoutMs = 30000;
+constexpr int startTimeoutMs = 30000 * KV_PATIENCE;
 
 } // namespace
 
@@ -34,7 +34,7 @@ ServiceRun ServiceProcess::run(const QStringList& arguments, int timeoutMs)
     QProcess process;
     process.start(program(), arguments);
     ServiceRun result;
-    if (!process.waitForFinished(timeoutMs)) {
+    if (!process.waitForFinished(timeoutMs * KV_PATIENCE)) {
         process.kill();
         process.waitForFinished();
         result.errors = "planservice did not end: " + process.errorString().toUtf8();
@@ -108,7 +108,7 @@ void ServiceProcess::terminate()
 
 bool ServiceProcess::waitForEnd(int timeoutMs)
 {
-    if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(timeoutMs)) {
+    if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(timeoutMs * KV_PATIENCE)) {
         m_failure = QStringLiteral("planservice did not end within %1 ms").arg(timeoutMs);
         return false;
     }

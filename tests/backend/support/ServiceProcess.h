@@ -29,7 +29,8 @@ public:
 
     /// Path of the built planservice.
     static QString program();
-    /// Runs planservice with any arguments until it ends, at most @p timeoutMs.
+    /// Runs planservice with any arguments until it ends, at most @p timeoutMs; like all times of this class that
+    /// is longer for a sanitized service.
     static ServiceRun run(const QStringList& arguments, int timeoutMs = 60000);
 
     /// `planservice seed` into the database with these further arguments. @return the summary it prints:
