@@ -34,15 +34,20 @@ int shownState(int state, const TimeLineSet& set)
     }
 }
 
-bool isStatePainted(int state, const TimeLineSet& set)
+bool isStateFlagged(int state, const TimeLineSet& set)
 {
-    return set.DisplayStateColor && isState(state) && set.*stateFlags[state];
+    return isState(state) && set.*stateFlags[state];
 }
 
-void setStatePainted(int state, bool isPainted, TimeLineSet& set)
+bool isStatePainted(int state, const TimeLineSet& set)
+{
+    return set.DisplayStateColor && isStateFlagged(state, set);
+}
+
+void setStateFlag(int state, bool isOn, TimeLineSet& set)
 {
     if (isState(state))
-        set.*stateFlags[state] = isPainted;
+        set.*stateFlags[state] = isOn;
 }
 
 QColor stateColour(int state, const TimeLineSet& set, const QList<QColor>& colours)

@@ -11,9 +11,11 @@
 /// have in time.
 int shownState(int state, const TimeLineSet& set);
 
+/// The state's own flag.
+bool isStateFlagged(int state, const TimeLineSet& set);
 /// Whether elements in that state are painted: DisplayStateColor and the state's own flag.
 bool isStatePainted(int state, const TimeLineSet& set);
-void setStatePainted(int state, bool isPainted, TimeLineSet& set);
+void setStateFlag(int state, bool isOn, TimeLineSet& set);
 
 /// The colour of an element in a state. Invalid when it is not painted: what stands of it then shows its own
 /// material, and one that is not built yet is not to be seen at all.

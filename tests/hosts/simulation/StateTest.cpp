@@ -436,7 +436,7 @@ private Q_SLOTS:
         TimeLineSet set;
         set.DisplayDelay = delays;
         set.DisplayStateColor = painted;
-        setStatePainted(off, false, set);
+        setStateFlag(off, false, set);
         QCOMPARE(stateColour(state, set, colours), colour < 0 ? QColor() : colours.at(colour));
     }
 

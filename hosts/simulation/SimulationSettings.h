@@ -1,0 +1,55 @@
+#pragma once
+
+#include "SimulationColours.h"
+
+#include <QtCore/QMap>
+#include <QtCore/QObject>
+#include <QtCore/QStringList>
+
+/// The settings of the simulation as the library keeps them for the user: those of one plan, the colours of
+/// the states for all, and the heights of floors. One object for all that shows a simulation, so that a
+/// change is seen everywhere; each change is kept at once.
+class SimulationSettings : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit SimulationSettings(QObject* parent = nullptr);
+
+    /// Reads the settings of a plan, the default ones when it has none.
+    void setPlan(const QString& planId);
+    const QString& planId() const { return m_planId; }
+    const TimeLineSet& set() const { return m_set; }
+    /// Keeps the settings of the plan; without a plan they are those of this object alone.
+    void setSet(const TimeLineSet& set);
+
+    /// Seven, one a state: the default ones when the library's are of another number.
+    QList<QColor> colours() const;
+    QList<QColor> defaultColours() const;
+    void setColours(const QList<QColor>& colours);
+    void setColour(int state, const QColor& colour);
+
+    static constexpr double defaultFloorHeight = 3.0; ///< the library's
+    /// In the model's unit of length; 3.0 unless another is set. The library keeps them in memory; here they
+    /// are written into "planviewer.ini" of the settings folder too, for each plan its own.
+    double floorHeight(const QString& floor) const;
+    /// Only positive heights are taken.
+    void setFloorHeight(const QString& floor, double height);
+    /// Every floor of the plan has the default height again.
+    void resetFloorHeights(const QStringList& floors);
+
+Q_SIGNALS:
+    /// The TimeLineSet is another, by setSet() or setPlan().
+    void setChanged();
+    void coloursChanged();
+    void floorHeightsChanged();
+
+private:
+    QString floorKey(const QString& floor) const;
+    void readFloorHeights();
+    void writeFloorHeights(const QMap<QString, double>& heights);
+
+    QString m_planId;
+    TimeLineSet m_set;
+    QMap<QString, double> m_floorHeights; // as in the file, by floorKey()
+};

@@ -1,0 +1,106 @@
+#include "TimeLineSetPanel.h"
+
+#include "SimulationSettings.h"
+#include "StateLegend.h"
+
+#include <QtWidgets/QCheckBox>
+#include <QtWidgets/QDateTimeEdit>
+#include <QtWidgets/QDoubleSpinBox>
+#include <QtWidgets/QFormLayout>
+
+TimeLineSetPanel::TimeLineSetPanel(SimulationSettings* settings, QWidget* parent)
+    : QWidget(parent)
+    , m_settings(settings)
+    , m_speed(new QDoubleSpinBox)
+    , m_usePlanTime(new QCheckBox(tr("Dates of the &plan")))
+    , m_start(new QDateTimeEdit)
+    , m_finish(new QDateTimeEdit)
+    , m_delays(new QCheckBox(tr("Show &delays")))
+    , m_stateColours(new QCheckBox(tr("Paint by &state")))
+    , m_legend(new StateLegend(settings))
+{
+    m_speed->setObjectName(QStringLiteral("daysPerSecond"));
+    m_speed->setRange(SimulationClock::slowest, SimulationClock::fastest);
+    m_speed->setDecimals(2);
+    m_speed->setSingleStep(0.5);
+    m_speed->setSuffix(tr(" days/s"));
+    m_speed->setToolTip(tr("Days of the schedule per second"));
+    m_speed->setKeyboardTracking(false);
+    m_usePlanTime->setObjectName(QStringLiteral("usePlanTime"));
+    m_usePlanTime->setToolTip(tr("Plays from the first to the last date of the plan's tasks"));
+    m_start->setObjectName(QStringLiteral("timeStart"));
+    m_finish->setObjectName(QStringLiteral("timeFinish"));
+    for (QDateTimeEdit* const edit : {m_start, m_finish}) {
+        edit->setDisplayFormat(QStringLiteral("yyyy-MM-dd hh:mm"));
+        edit->setCalendarPopup(true);
+        edit->setKeyboardTracking(false);
+    }
+    m_delays->setObjectName(QStringLiteral("displayDelay"));
+    m_delays->setToolTip(tr("When off, late tasks look as those in time"));
+    m_stateColours->setObjectName(QStringLiteral("displayStateColor"));
+    m_stateColours->setToolTip(tr("When off, elements have the colours of their materials"));
+
+    auto* const form = new QFormLayout(this);
+    form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+    form->addRow(tr("Spee&d"), m_speed);
+    form->addRow(m_usePlanTime);
+    form->addRow(tr("&From"), m_start);
+    form->addRow(tr("&To"), m_finish);
+    form->addRow(m_delays);
+    form->addRow(m_stateColours);
+    form->addRow(m_legend);
+
+    connect(m_speed, qOverload<double>(&QDoubleSpinBox::valueChanged), this, &TimeLineSetPanel::takeSpeed);
+    // Each end by itself: one that is not set goes on following the plan.
+    const auto end = [this](QDateTimeEdit* edit, QDateTime TimeLineSet::*field) {
+        connect(edit, &QDateTimeEdit::dateTimeChanged, this, [this, field](const QDateTime& date) {
+            TimeLineSet set = m_settings->set();
+            set.*field = date;
+            m_settings->setSet(set);
+        });
+    };
+    end(m_start, &TimeLineSet::TimeStart);
+    end(m_finish, &TimeLineSet::TimeFinish);
+    const auto flag = [this](QCheckBox* box, bool TimeLineSet::*field) {
+        connect(box, &QCheckBox::toggled, this, [this, field](bool isOn) {
+            TimeLineSet set = m_settings->set();
+            set.*field = isOn;
+            m_settings->setSet(set);
+        });
+    };
+    flag(m_usePlanTime, &TimeLineSet::UsePlanTime);
+    flag(m_delays, &TimeLineSet::DisplayDelay);
+    flag(m_stateColours, &TimeLineSet::DisplayStateColor);
+    connect(m_settings, &SimulationSettings::setChanged, this, &TimeLineSetPanel::showSet);
+    showSet();
+}
+
+void TimeLineSetPanel::setPlanPeriod(const SimulationPeriod& period)
+{
+    m_planPeriod = period;
+    showSet();
+}
+
+void TimeLineSetPanel::showSet()
+{
+    const TimeLineSet& set = m_settings->set();
+    const QSignalBlocker quiet[] = {QSignalBlocker(m_speed),  QSignalBlocker(m_usePlanTime),
+                                    QSignalBlocker(m_start),  QSignalBlocker(m_finish),
+                                    QSignalBlocker(m_delays), QSignalBlocker(m_stateColours)};
+    m_speed->setValue(set.DayForS);
+    m_usePlanTime->setChecked(set.UsePlanTime);
+    m_delays->setChecked(set.DisplayDelay);
+    m_stateColours->setChecked(set.DisplayStateColor);
+    const SimulationPeriod shown = simulatedPeriod(m_planPeriod, set);
+    m_start->setDateTime(shown.start);
+    m_finish->setDateTime(shown.finish);
+    m_start->setEnabled(!set.UsePlanTime);
+    m_finish->setEnabled(!set.UsePlanTime);
+}
+
+void TimeLineSetPanel::takeSpeed()
+{
+    TimeLineSet set = m_settings->set();
+    set.DayForS = m_speed->value();
+    m_settings->setSet(set);
+}
