@@ -112,6 +112,11 @@ int run(int& argc, char** argv)
         return callNested(3, [] { QCoreApplication::quit(); }) == 3 ? Ended : DidNotReturn;
     if (way == "exit")
         return callNested(1, [] { std::exit(Ended); });
+    if (way == "exit, application first") {
+        // Made last, so destroyed first, and the network's manager with it, below a call that waits.
+        static const std::unique_ptr<QCoreApplication> kept = std::move(application);
+        return callNested(1, [] { std::exit(Ended); });
+    }
     if (way == "static object") {
         static CallsWhenDestroyed lateCaller;
         application.reset();

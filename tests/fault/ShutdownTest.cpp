@@ -36,6 +36,7 @@ void ShutdownTest::ends_data()
         row("quit", 1);
         row("quit three deep", 3);
         row("exit", 1);
+        row("exit, application first", 1);
         row("static object", 0);
         row("no application any more", 0);
     }
