@@ -1,6 +1,7 @@
 #include <model/KvPlanDataUtils.h>
 
 #include <model/KvDecodePool.h>
+#include <model/KvEncodePool.h>
 #include <model/KvJsonMembers.h>
 #include <model/KvPlanCodec.h>
 
@@ -15,6 +16,8 @@ using Value = const Kv::KvJsonMember&;
 using Link = KvPlanPredecessor&;
 using Node = KvPlanNode&;
 using Pool = Kv::KvDecodePool&;
+using Task = const KvPlanNode&;
+using Written = Kv::KvEncodePool&;
 
 void readPredecessors(Value in, KvPlanNode& out, Kv::KvDecodePool& pool);
 
@@ -66,6 +69,27 @@ const Kv::KvField<KvPlanNode> taskFields[] = {
     {QLatin1String("Type"), [](Value v, Node n, Pool) { n.type = v.wholeNumber(); }},
     {QLatin1String("UniqueID"), [](Value v, Node n, Pool) { n.uniqueId = v.wholeNumber(); }},
 };
+
+// Without "Milestone", and with the predecessors under the service's keys, which the reader does not know: kept
+// for compatibility with existing hosts that read these files.
+const Kv::KvWrittenField<KvPlanNode> writtenTaskFields[] = {
+    {QLatin1String("Duration"), [](Task n, Written p) { return QJsonValue(Kv::durationToJsonObject(n.duration, p)); }},
+    {QLatin1String("DurationText"), [](Task n, Written) { return QJsonValue(n.durationText); }},
+    {QLatin1String("Finish"), [](Task n, Written) { return QJsonValue(n.finishDate.toString(Qt::ISODate)); }},
+    {QLatin1String("FinishSlack"), [](Task n, Written p) { return QJsonValue(Kv::durationToJsonObject(n.finishSlack, p)); }},
+    {QLatin1String("FinishText"), [](Task n, Written) { return QJsonValue(n.finishText); }},
+    {QLatin1String("GUID"), [](Task n, Written) { return QJsonValue(n.guid); }},
+    {QLatin1String("ID"), [](Task n, Written) { return QJsonValue(n.planNodeId); }},
+    {QLatin1String("Name"), [](Task n, Written) { return QJsonValue(n.name); }},
+    {QLatin1String("Notes"), [](Task n, Written) { return QJsonValue(n.notes); }},
+    {QLatin1String("ParentTask"), [](Task n, Written) { return QJsonValue(n.parentTaskId); }},
+    {QLatin1String("Predecessors"), [](Task n, Written p) { return QJsonValue(Kv::predecessorsToJsonArray(n.predecessors, p)); }},
+    {QLatin1String("Start"), [](Task n, Written) { return QJsonValue(n.startDate.toString(Qt::ISODate)); }},
+    {QLatin1String("StartText"), [](Task n, Written) { return QJsonValue(n.startText); }},
+    {QLatin1String("Summary"), [](Task n, Written) { return QJsonValue(n.summary); }},
+    {QLatin1String("Type"), [](Task n, Written) { return QJsonValue(n.type); }},
+    {QLatin1String("UniqueID"), [](Task n, Written) { return QJsonValue(n.uniqueId); }},
+};
 // clang-format on
 
 void readPredecessors(Value in, KvPlanNode& out, Kv::KvDecodePool& pool)
@@ -77,6 +101,12 @@ void readPredecessors(Value in, KvPlanNode& out, Kv::KvDecodePool& pool)
         out.predecessors.append(empty);
         fields.read(link.toMap(), out.predecessors.last(), pool);
     }
+}
+
+QJsonObject taskObject(const KvPlanNode& in, Kv::KvEncodePool& pool)
+{
+    static const Kv::KvObjectWriter writer(writtenTaskFields);
+    return writer.write(in, pool.exchangeTasks, pool);
 }
 
 void readTask(const QJsonObject& in, KvPlanNode& out, Kv::KvDecodePool& pool)
@@ -109,29 +139,10 @@ void jsonObjectToPlanNodeMPJX(const QJsonObject& in, KvPlanNode& out)
     readTask(in, out, pool);
 }
 
-// Without "Milestone", and with the predecessors under the service's keys, which the reader above does not
-// know: kept for compatibility with existing hosts that read these files.
 void planNodeToJsonObjectMPXJ(const KvPlanNode& in, QJsonObject& out)
 {
-    out.insert(QLatin1String("ParentTask"), in.parentTaskId);
-    out.insert(QLatin1String("UniqueID"), in.uniqueId);
-    out.insert(QLatin1String("ID"), in.planNodeId);
-    out.insert(QLatin1String("GUID"), in.guid);
-    out.insert(QLatin1String("Name"), in.name);
-    out.insert(QLatin1String("Notes"), in.notes);
-    out.insert(QLatin1String("Start"), in.startDate.toString(Qt::ISODate));
-    out.insert(QLatin1String("StartText"), in.startText);
-    out.insert(QLatin1String("Finish"), in.finishDate.toString(Qt::ISODate));
-    out.insert(QLatin1String("FinishSlack"), Kv::durationToJsonObject(in.finishSlack));
-    out.insert(QLatin1String("FinishText"), in.finishText);
-    out.insert(QLatin1String("Duration"), Kv::durationToJsonObject(in.duration));
-    out.insert(QLatin1String("DurationText"), in.durationText);
-    out.insert(QLatin1String("Summary"), in.summary);
-    out.insert(QLatin1String("Type"), in.type);
-    QJsonArray predecessors;
-    for (const KvPlanPredecessor& predecessor : in.predecessors)
-        predecessors.append(Kv::predecessorToJsonObject(predecessor));
-    out.insert(QLatin1String("Predecessors"), predecessors);
+    Kv::KvEncodePool pool;
+    Kv::addMembers(taskObject(in, pool), out);
 }
 
 // Tasks are read from "AllTasks" and written to "AllPlanNodes", and the file's path is not written: kept for
@@ -140,11 +151,9 @@ void planToJsonObjectMPXJ(const KvPlan& in, QJsonObject& out)
 {
     out.insert(QLatin1String("Name"), in.name);
     QJsonArray nodes;
-    for (const KvPlanNode& node : in.planNodes) {
-        QJsonObject object;
-        planNodeToJsonObjectMPXJ(node, object);
-        nodes.append(object);
-    }
+    Kv::KvEncodePool pool;
+    for (const KvPlanNode& node : in.planNodes)
+        nodes.append(taskObject(node, pool));
     out.insert(QLatin1String("AllPlanNodes"), nodes);
 }
 

@@ -1,6 +1,7 @@
 #include <service/KvPlanNodeEndpoints.h>
 
 #include <model/KvDecodePool.h>
+#include <model/KvEncodePool.h>
 #include <model/KvPlanCodec.h>
 #include <service/KvQueryFilter.h>
 #include <service/KvRequestFrame.h>
@@ -105,11 +106,10 @@ bool requestCreatePlanNodes(const QString& planId, QList<KvPlanNode>& nodes)
 {
     const QString project = currentProject();
     QJsonArray body;
+    KvEncodePool pool;
     for (KvPlanNode& node : nodes) {
         node.projectId = project;
-        QJsonObject object;
-        planNodeToJsonObject(node, object, true);
-        body.append(object);
+        body.append(planNodeToJsonObject(node, true, pool));
     }
     const QString url = taskUrl("plans/%1/planNodes", planId);
     return exchange(NetworkManager::instance().postJson(url, body), [&](const NetworkEventLoop& reply) {

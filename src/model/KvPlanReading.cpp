@@ -26,13 +26,6 @@ void readMaterialBills(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool
 void readPredecessors(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool);
 void readTasks(const QJsonArray& in, KvPlan& out, KvDecodePool& pool);
 
-// What QDateTime::toString gives for KvPub::getDateTimeFormat, at a fraction of its cost and with the digits
-// 0 to 9 whatever the user's language is.
-QString dateText(const QDateTime& dateTime)
-{
-    return KvPub::getQStringByDateTime(dateTime);
-}
-
 // The tables below stand in ascending order of the keys, as a JSON object does. One key a line, however long.
 // clang-format off
 
@@ -194,30 +187,6 @@ void jsonObjectToPlan(const QJsonObject& in, KvPlan& out, KvDecodePool& pool)
     fields.read(in, out, pool);
 }
 
-// The nodes are read from "tasks" and written to "projectData": so the service names them in each direction.
-void planToJsonObject(const KvPlan& in, QJsonObject& out)
-{
-    if (!in.projectId.isEmpty())
-        out.insert(QLatin1String("projectId"), in.projectId);
-    if (!in.category.isEmpty())
-        out.insert(QLatin1String("category"), in.category);
-    if (!in.name.isEmpty())
-        out.insert(QLatin1String("name"), in.name);
-    if (!in.projectFileId.isEmpty())
-        out.insert(QLatin1String("projectFileId"), in.projectFileId);
-    if (in.isPublic != 100)
-        out.insert(QLatin1String("public"), in.isPublic);
-    if (!in.ranges.isEmpty())
-        out.insert(QLatin1String("ranges"), QJsonArray::fromStringList(in.ranges));
-    QJsonArray nodes;
-    for (const KvPlanNode& node : in.planNodes) {
-        QJsonObject object;
-        planNodeToJsonObject(node, object, true);
-        nodes.append(object);
-    }
-    out.insert(QLatin1String("projectData"), nodes);
-}
-
 void jsonObjectToPlanNode(const QJsonObject& in, KvPlanNode& out)
 {
     KvDecodePool pool;
@@ -232,64 +201,6 @@ void jsonObjectToPlanNode(const QJsonObject& in, KvPlanNode& out, KvDecodePool& 
         out.guid = out.id;
 }
 
-void planNodeToJsonObject(const KvPlanNode& in, QJsonObject& out, bool withId)
-{
-    if (withId && !in.id.isEmpty())
-        out.insert(QLatin1String("_id"), in.id);
-    if (in.guid != in.id && !in.guid.isEmpty())
-        out.insert(QLatin1String("GUID"), in.guid);
-    if (!in.planId.isEmpty())
-        out.insert(QLatin1String("planId"), in.planId);
-    if (!in.projectId.isEmpty())
-        out.insert(QLatin1String("projectId"), in.projectId);
-    out.insert(QLatin1String("id"), in.planNodeId);
-    out.insert(QLatin1String("category"), in.category);
-    out.insert(QLatin1String("uniqueId"), in.uniqueId);
-    out.insert(QLatin1String("parentTaskID"), in.parentTaskId);
-    if (!in.name.isEmpty())
-        out.insert(QLatin1String("name"), in.name);
-    out.insert(QLatin1String("isDistributed"), in.isDistributed);
-    if (!in.remark.isEmpty())
-        out.insert(QLatin1String("remark"), in.remark);
-    if (!in.createdBy.isEmpty())
-        out.insert(QLatin1String("createdBy"), in.createdBy);
-    if (!in.updatedBy.isEmpty())
-        out.insert(QLatin1String("updatedBy"), in.updatedBy);
-    out.insert(QLatin1String("createdAt"), dateText(in.createdAt));
-    out.insert(QLatin1String("updatedAt"), dateText(in.updatedAt));
-    out.insert(QLatin1String("startDate"), dateText(in.startDate));
-    out.insert(QLatin1String("finishDate"), dateText(in.finishDate));
-    out.insert(QLatin1String("actualStartDate"), dateText(in.actualStartDate));
-    out.insert(QLatin1String("actualFinishDate"), dateText(in.actualFinishDate));
-    // A boolean here, though the reader wants a number: the service takes only the boolean.
-    out.insert(QLatin1String("displaySimulation"), in.displaySimulation);
-    if (in.finishedPercentage >= 0.0)
-        out.insert(QLatin1String("finishedPercentage"), in.finishedPercentage);
-    if (in.planWorkload >= 0)
-        out.insert(QLatin1String("planWorkload"), in.planWorkload);
-    if (in.actualWorkload >= 0)
-        out.insert(QLatin1String("actualWorkload"), in.actualWorkload);
-    if (in.dynamicEffect != -1)
-        out.insert(QLatin1String("dynamicEffect"), in.dynamicEffect);
-    QJsonArray predecessors;
-    for (const KvPlanPredecessor& predecessor : in.predecessors)
-        predecessors.append(predecessorToJsonObject(predecessor));
-    out.insert(QLatin1String("predecessors"), predecessors);
-    out.insert(QLatin1String("links"), KvPub::linksEntityToJsonArray(in.links));
-    out.insert(QLatin1String("entityHideDate"), dateText(in.entityHideDate));
-    out.insert(QLatin1String("entityHideType"), in.entityHideType);
-    out.insert(QLatin1String("userIds"), QJsonArray::fromStringList(in.userIds));
-    out.insert(QLatin1String("executeIds"), QJsonArray::fromStringList(in.executeIds));
-    out.insert(QLatin1String("cooperateIds"), QJsonArray::fromStringList(in.cooperateIds));
-    out.insert(QLatin1String("documentIds"), QJsonArray::fromStringList(in.documentIds));
-    QJsonArray bills;
-    for (auto bill = in.materialBills.constBegin(); bill != in.materialBills.constEnd(); ++bill) {
-        bills.append(QJsonObject{{QLatin1String("rId"), bill.key()},
-                                 {QLatin1String("statusIds"), QJsonArray::fromStringList(bill.value())}});
-    }
-    out.insert(QLatin1String("materialBills"), bills);
-}
-
 KvPlanPredecessor jsonObjectToPredecessor(const QJsonObject& in)
 {
     KvDecodePool pool;
@@ -298,30 +209,11 @@ KvPlanPredecessor jsonObjectToPredecessor(const QJsonObject& in)
     return out;
 }
 
-QJsonObject predecessorToJsonObject(const KvPlanPredecessor& in)
-{
-    QJsonObject out;
-    out.insert(QLatin1String("SourcePlanNodeName"), in.sourcePlanNodeName);
-    out.insert(QLatin1String("TargetPlanNodeName"), in.targetPlanNodeName);
-    out.insert(QLatin1String("Lag"), durationToJsonObject(in.lag));
-    out.insert(QLatin1String("Type"), in.type);
-    out.insert(QLatin1String("SourcePlanNodeUniqueID"), in.sourcePlanNodeUniqueId);
-    out.insert(QLatin1String("TargetPlanNodeUniqueID"), in.targetPlanNodeUniqueId);
-    out.insert(QLatin1String("SourcePlanNodeID"), in.sourcePlanNodeId);
-    out.insert(QLatin1String("TargetPlanNodeID"), in.targetPlanNodeId);
-    return out;
-}
-
 KvDuration jsonObjectToDuration(const QJsonObject& in)
 {
     KvDuration out;
     readDuration(QCborMap::fromJsonObject(in), out);
     return out;
-}
-
-QJsonObject durationToJsonObject(const KvDuration& in)
-{
-    return {{QLatin1String("Duration"), in.value}, {QLatin1String("Units"), in.units}};
 }
 
 KvDocument jsonObjectToDocument(const QJsonObject& in)
