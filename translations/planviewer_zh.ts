@@ -95,6 +95,36 @@
     </message>
 </context>
 <context>
+    <name>FloorHeightsModel</name>
+    <message>
+        <source>Floor</source>
+        <translation>楼层</translation>
+    </message>
+    <message>
+        <source>Height</source>
+        <translation>层高</translation>
+    </message>
+</context>
+<context>
+    <name>FloorHeightsPanel</name>
+    <message>
+        <source>De&amp;fault heights</source>
+        <translation>默认层高(&amp;F)</translation>
+    </message>
+    <message>
+        <source>Floors and their heights</source>
+        <translation>楼层及其层高</translation>
+    </message>
+    <message>
+        <source>How far the floors stand apart</source>
+        <translation>楼层分开的距离</translation>
+    </message>
+    <message>
+        <source>&amp;Apart</source>
+        <translation>分层展开(&amp;A)</translation>
+    </message>
+</context>
+<context>
     <name>GanttChart</name>
     <message>
         <source>Gantt chart</source>
@@ -104,7 +134,7 @@
 <context>
     <name>GanttExport</name>
     <message>
-        <source>A picture's name ends in .png, .svg or .pdf.</source>
+        <source>A picture&apos;s name ends in .png, .svg or .pdf.</source>
         <translation>图片的文件名应以 .png、.svg 或 .pdf 结尾。</translation>
     </message>
     <message>
@@ -295,7 +325,7 @@
         <translation>未保存的修改</translation>
     </message>
     <message>
-        <source>The plan "%1" has changes that are not saved.</source>
+        <source>The plan &quot;%1&quot; has changes that are not saved.</source>
         <translation>计划“%1”有未保存的修改。</translation>
     </message>
     <message>
@@ -319,7 +349,7 @@
         <translation>已写入：%1</translation>
     </message>
     <message>
-        <source>"%1" cannot be written.</source>
+        <source>&quot;%1&quot; cannot be written.</source>
         <translation>无法写入“%1”。</translation>
     </message>
     <message>
@@ -327,7 +357,7 @@
         <translation>关闭(&amp;C)</translation>
     </message>
     <message>
-        <source>No task contains "%1".</source>
+        <source>No task contains &quot;%1&quot;.</source>
         <translation>没有任务包含“%1”。</translation>
     </message>
 </context>
@@ -406,7 +436,7 @@
         <translation>重命名计划</translation>
     </message>
     <message>
-        <source>The copy is "%1".</source>
+        <source>The copy is &quot;%1&quot;.</source>
         <translation>副本为“%1”。</translation>
     </message>
     <message>
@@ -414,7 +444,7 @@
         <translation>删除计划</translation>
     </message>
     <message>
-        <source>Delete the plan "%1" with all its tasks?</source>
+        <source>Delete the plan &quot;%1&quot; with all its tasks?</source>
         <translation>删除计划“%1”及其所有任务？</translation>
     </message>
     <message>
@@ -442,11 +472,11 @@
         <translation>导入计划</translation>
     </message>
     <message>
-        <source>"%1" cannot be read.</source>
+        <source>&quot;%1&quot; cannot be read.</source>
         <translation>无法读取“%1”。</translation>
     </message>
     <message>
-        <source>"%1" is not in order, so nothing was sent.</source>
+        <source>&quot;%1&quot; is not in order, so nothing was sent.</source>
         <translation>“%1”有问题，未发送任何内容。</translation>
     </message>
     <message>
@@ -462,7 +492,7 @@
         <translation>导出计划</translation>
     </message>
     <message>
-        <source>"%1" cannot be written.</source>
+        <source>&quot;%1&quot; cannot be written.</source>
         <translation>无法写入“%1”。</translation>
     </message>
     <message>
@@ -529,11 +559,11 @@
         <translation>读取计划</translation>
     </message>
     <message>
-        <source>create the plan "%1"</source>
+        <source>create the plan &quot;%1&quot;</source>
         <translation>创建计划“%1”</translation>
     </message>
     <message>
-        <source>rename the plan to "%1"</source>
+        <source>rename the plan to &quot;%1&quot;</source>
         <translation>将计划重命名为“%1”</translation>
     </message>
     <message>
@@ -541,7 +571,7 @@
         <translation>复制计划</translation>
     </message>
     <message>
-        <source>delete the plan "%1"</source>
+        <source>delete the plan &quot;%1&quot;</source>
         <translation>删除计划“%1”</translation>
     </message>
     <message>
@@ -650,7 +680,7 @@
         <translation>任务</translation>
     </message>
     <message>
-        <source>"%1" is not in the plan.</source>
+        <source>&quot;%1&quot; is not in the plan.</source>
         <translation>“%1”不在计划中。</translation>
     </message>
     <message>
@@ -678,8 +708,91 @@
         <translation>新任务</translation>
     </message>
     <message>
-        <source>Reported on "%1".</source>
+        <source>Reported on &quot;%1&quot;.</source>
         <translation>已反馈“%1”。</translation>
+    </message>
+</context>
+<context>
+    <name>PlaybackBar</name>
+    <message>
+        <source>To the start</source>
+        <translation>到开头</translation>
+    </message>
+    <message>
+        <source>Go to the start of the period</source>
+        <translation>转到时段开头</translation>
+    </message>
+    <message>
+        <source>A day back</source>
+        <translation>后退一天</translation>
+    </message>
+    <message>
+        <source>Go a day back</source>
+        <translation>后退一天</translation>
+    </message>
+    <message>
+        <source>Play</source>
+        <translation>播放</translation>
+    </message>
+    <message>
+        <source>A day forward</source>
+        <translation>前进一天</translation>
+    </message>
+    <message>
+        <source>Go a day forward</source>
+        <translation>前进一天</translation>
+    </message>
+    <message>
+        <source>To the end</source>
+        <translation>到结尾</translation>
+    </message>
+    <message>
+        <source>Go to the end of the period</source>
+        <translation>转到时段结尾</translation>
+    </message>
+    <message>
+        <source>Repeat</source>
+        <translation>循环</translation>
+    </message>
+    <message>
+        <source>Begin anew at the end</source>
+        <translation>到结尾后从头开始</translation>
+    </message>
+    <message>
+        <source>Date of the simulation</source>
+        <translation>模拟日期</translation>
+    </message>
+    <message>
+        <source>Date that is shown</source>
+        <translation>当前显示的日期</translation>
+    </message>
+    <message>
+        <source>Speed, in days of the schedule per second</source>
+        <translation>速度，每秒的计划天数</translation>
+    </message>
+    <message>
+        <source>Days of the schedule per second</source>
+        <translation>每秒的计划天数</translation>
+    </message>
+    <message>
+        <source> days/s</source>
+        <translation> 天/秒</translation>
+    </message>
+    <message>
+        <source>No dates to play</source>
+        <translation>没有可播放的日期</translation>
+    </message>
+    <message>
+        <source>Pause</source>
+        <translation>暂停</translation>
+    </message>
+    <message>
+        <source>Pause (space bar)</source>
+        <translation>暂停（空格键）</translation>
+    </message>
+    <message>
+        <source>Play (space bar)</source>
+        <translation>播放（空格键）</translation>
     </message>
 </context>
 <context>
@@ -754,6 +867,63 @@
     <message>
         <source>The service will be asked for these changes:</source>
         <translation>将请求服务做以下修改：</translation>
+    </message>
+</context>
+<context>
+    <name>SimulationGapsModel</name>
+    <message>
+        <source>Elements without geometry: %1</source>
+        <translation>没有几何模型的构件：%1</translation>
+    </message>
+    <message>
+        <source>Tasks without elements: %1</source>
+        <translation>没有关联构件的任务：%1</translation>
+    </message>
+    <message>
+        <source>Geometry without tasks: %1</source>
+        <translation>没有任务的几何模型：%1</translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation>名称</translation>
+    </message>
+    <message>
+        <source>Rows of the plan</source>
+        <translation>计划行号</translation>
+    </message>
+</context>
+<context>
+    <name>SimulationGapsPanel</name>
+    <message>
+        <source>What the simulation cannot show</source>
+        <translation>模拟无法显示的内容</translation>
+    </message>
+    <message>
+        <source>Every task has elements, and every element its geometry.</source>
+        <translation>每个任务都有构件，每个构件都有几何模型。</translation>
+    </message>
+    <message>
+        <source>Some of the plan cannot be seen in the model.</source>
+        <translation>计划中有一部分在模型中看不到。</translation>
+    </message>
+</context>
+<context>
+    <name>StateLegend</name>
+    <message>
+        <source>&amp;Default colours</source>
+        <translation>默认颜色(&amp;D)</translation>
+    </message>
+    <message>
+        <source>Paint elements in this state</source>
+        <translation>为处于此状态的构件着色</translation>
+    </message>
+    <message>
+        <source>Change the colour</source>
+        <translation>更改颜色</translation>
+    </message>
+    <message>
+        <source>Colour of: %1</source>
+        <translation>颜色：%1</translation>
     </message>
 </context>
 <context>
@@ -881,18 +1051,18 @@
 <context>
     <name>TaskCommands</name>
     <message>
-        <source>change of %1 of "%2"</source>
+        <source>change of %1 of &quot;%2&quot;</source>
         <translation>修改“%2”的%1</translation>
     </message>
     <message>
-        <source>new task "%1"</source>
+        <source>new task &quot;%1&quot;</source>
         <translation>新任务“%1”</translation>
     </message>
 </context>
 <context>
     <name>TaskEdit</name>
     <message>
-        <source>"%1" is no date; write it as 2026-03-05.</source>
+        <source>&quot;%1&quot; is no date; write it as 2026-03-05.</source>
         <translation>“%1”不是日期；请写作 2026-03-05。</translation>
     </message>
     <message>
@@ -932,6 +1102,53 @@
     <message>
         <source>Actual:</source>
         <translation>实际：</translation>
+    </message>
+</context>
+<context>
+    <name>TimeLineSetPanel</name>
+    <message>
+        <source>Dates of the &amp;plan</source>
+        <translation>使用计划日期(&amp;P)</translation>
+    </message>
+    <message>
+        <source>Show &amp;delays</source>
+        <translation>显示延期(&amp;D)</translation>
+    </message>
+    <message>
+        <source>Paint by &amp;state</source>
+        <translation>按状态着色(&amp;S)</translation>
+    </message>
+    <message>
+        <source> days/s</source>
+        <translation> 天/秒</translation>
+    </message>
+    <message>
+        <source>Days of the schedule per second</source>
+        <translation>每秒的计划天数</translation>
+    </message>
+    <message>
+        <source>Plays from the first to the last date of the plan&apos;s tasks</source>
+        <translation>从计划任务的最早日期播放到最晚日期</translation>
+    </message>
+    <message>
+        <source>When off, late tasks look as those in time</source>
+        <translation>关闭时，延期任务与按期任务外观相同</translation>
+    </message>
+    <message>
+        <source>When off, elements have the colours of their materials</source>
+        <translation>关闭时，构件显示其材质颜色</translation>
+    </message>
+    <message>
+        <source>Spee&amp;d</source>
+        <translation>速度(&amp;D)</translation>
+    </message>
+    <message>
+        <source>&amp;From</source>
+        <translation>从(&amp;F)</translation>
+    </message>
+    <message>
+        <source>&amp;To</source>
+        <translation>到(&amp;T)</translation>
     </message>
 </context>
 <context>

@@ -32,6 +32,17 @@ void report(const SampleProject& project, int nodes, bool added, bool asJson)
               .arg(added ? QString() : QStringLiteral(" (already there)")));
 }
 
+SampleModelFormat modelFormat(const QString& path)
+{
+    if (path.endsWith(QLatin1String(".gltf"), Qt::CaseInsensitive)) {
+        return SampleModelFormat::Gltf;
+    }
+    if (path.endsWith(QLatin1String(".obj"), Qt::CaseInsensitive)) {
+        return SampleModelFormat::Obj;
+    }
+    throw UsageError(QStringLiteral("--model '%1' has to end in .gltf or .obj").arg(path));
+}
+
 } // namespace
 
 int runSeed(const QStringList& arguments)
@@ -42,11 +53,10 @@ int runSeed(const QStringList& arguments)
                                    "same project."));
     options.add(QStringLiteral("database"), QStringLiteral("The database file."), QStringLiteral("FILE"));
     addSampleOptions(options);
-    options.add(
-        QStringLiteral("model"),
-        QStringLiteral("Write the building's geometry to this Wavefront OBJ file, its objects named as "
-                       "the plan's entities."),
-        QStringLiteral("FILE.obj"));
+    options.add(QStringLiteral("model"),
+                QStringLiteral("Write the building's geometry to this file, glTF 2.0 or Wavefront OBJ by its "
+                               "name; its parts are named as the plan's entities."),
+                QStringLiteral("FILE"));
     options.add(QStringLiteral("if-missing"),
                 QStringLiteral("Succeed without a change when the plan is already there."));
     options.add(QStringLiteral("json"), QStringLiteral("Print the summary as one JSON object."));
@@ -59,11 +69,9 @@ int runSeed(const QStringList& arguments)
     std::optional<SampleFile> model;
     if (options.has(QStringLiteral("model"))) {
         const QString path = options.required(QStringLiteral("model"));
-        if (!path.endsWith(QLatin1String(".obj"), Qt::CaseInsensitive)) {
-            throw UsageError(QStringLiteral("--model '%1' has to end in .obj").arg(path));
-        }
+        const SampleModelFormat format = modelFormat(path);
         model.emplace(path);
-        writeSampleModel(project, [&model](const QByteArray& piece) { model->write(piece); });
+        writeSampleModel(project, format, [&model](const QByteArray& piece) { model->write(piece); });
     }
     const auto store = openStore(database, MissingDatabase::Create);
     const bool there = store->planOwnership(project.plan().id).has_value();

@@ -1,9 +1,11 @@
 #include "SampleModel.h"
 
+#include "SampleModelWriter.h"
+
 #include <QHash>
 #include <QSet>
 
-#include <array>
+#include <algorithm>
 #include <vector>
 
 namespace PlanService {
@@ -20,12 +22,6 @@ constexpr int towersInARow = 10;
 constexpr int towerPitchX = length + 3 * margin;
 constexpr int towerPitchZ = width + 3 * margin;
 
-struct Box
-{
-    int x, y, z;
-    int dx, dy, dz;
-};
-
 /// The part from one of @p count equal parts.
 int cut(int whole, int part, int count)
 {
@@ -33,13 +29,13 @@ int cut(int whole, int part, int count)
 }
 
 /// A strip of a plate that is cut along x.
-Box strip(int part, int count, int y, int dy)
+SampleBox strip(int part, int count, int y, int dy)
 {
     const int from = cut(length, part, count);
     return {from, y, 0, cut(length, part + 1, count) - from, dy, width};
 }
 
-Box column(int part, int y)
+SampleBox column(int part, int y)
 {
     constexpr int inRow = 3;
     constexpr int rows = 3;
@@ -55,7 +51,7 @@ Box column(int part, int y)
 }
 
 /// A panel of a wall around the building, @p distance away: the sides along x take the odd ones.
-Box panel(int part, int count, int y, int height, int distance)
+SampleBox panel(int part, int count, int y, int height, int distance)
 {
     constexpr int thick = 20;
     constexpr int sides = 4;
@@ -72,17 +68,17 @@ Box panel(int part, int count, int y, int height, int distance)
     return {side == 1 ? near : length + distance, y, from - distance, thick, height, size};
 }
 
-Box pipe(int part, int count, int y)
+SampleBox pipe(int part, int count, int y)
 {
     return {cut(length, 2 * part + 1, 2 * count), y + storey - slab - 40, 30, 15, 15, width - 60};
 }
 
-Box partition(int part, int count, int y)
+SampleBox partition(int part, int count, int y)
 {
     return {150, y + 1, cut(width, part + 1, count + 1), length - 300, storey - slab - 60, 12};
 }
 
-Box equipment(int part, int count, int y)
+SampleBox equipment(int part, int count, int y)
 {
     return {cut(length, 2 * part + 1, 2 * count) - 75, y, width / 2 - 100, 150, 150, 200};
 }
@@ -95,7 +91,7 @@ struct Group
     QStringList entities;
 };
 
-Box boxOf(const Group& group, int part, int floors)
+SampleBox boxOf(const Group& group, int part, int floors)
 {
     const int count = group.entities.size();
     const int y = (group.floor - 1) * storey;
@@ -126,58 +122,19 @@ Box boxOf(const Group& group, int part, int floors)
     return equipment(part, count, floors * storey); // commissioning, on the roof
 }
 
-void addNumber(QByteArray& text, int centimetres)
+/// What converters of building models call a storey.
+QString storeyOf(const Group& group, int tower)
 {
-    text += ' ';
-    if (centimetres < 0) {
-        text += '-';
+    const QString prefix = tower > 0 ? QStringLiteral("T%1-").arg(tower) : QString();
+    if (group.floor > 0) {
+        return prefix + QStringLiteral("F%1").arg(group.floor, 2, 10, QLatin1Char('0'));
     }
-    const int size = centimetres < 0 ? -centimetres : centimetres;
-    text += QByteArray::number(size / 100);
-    text += '.';
-    text += static_cast<char>('0' + size / 10 % 10);
-    text += static_cast<char>('0' + size % 10);
+    if (group.trade == QLatin1String("TMP")) {
+        return prefix + QStringLiteral("Site");
+    }
+    return prefix +
+           (group.trade == QLatin1String("COM") ? QStringLiteral("Roof") : QStringLiteral("Foundation"));
 }
-
-class ObjWriter
-{
-public:
-    explicit ObjWriter(const std::function<void(const QByteArray&)>& write)
-        : m_write(write)
-    {
-        m_write(QByteArrayLiteral("# Metres, y upwards. Objects are named as the entities of the plan.\n"
-                                  "vn 1 0 0\nvn -1 0 0\nvn 0 1 0\nvn 0 -1 0\nvn 0 0 1\nvn 0 0 -1\n"));
-    }
-
-    void add(const QString& name, const Box& box)
-    {
-        QByteArray text = "o " + name.toUtf8() + '\n';
-        for (int corner = 0; corner < 8; ++corner) {
-            text += 'v';
-            addNumber(text, box.x + (corner & 1 ? box.dx : 0));
-            addNumber(text, box.y + (corner & 2 ? box.dy : 0));
-            addNumber(text, box.z + (corner & 4 ? box.dz : 0));
-            text += '\n';
-        }
-        // Seen from outside counterclockwise, in the order of the normals.
-        static constexpr std::array<std::array<int, 4>, 6> faces{
-            {{1, 3, 7, 5}, {0, 4, 6, 2}, {2, 6, 7, 3}, {0, 1, 5, 4}, {4, 5, 7, 6}, {0, 2, 3, 1}}};
-        for (std::size_t face = 0; face < faces.size(); ++face) {
-            text += 'f';
-            for (const int corner : faces[face]) {
-                text += ' ' + QByteArray::number(m_corners + corner + 1) + "//" +
-                        QByteArray::number(static_cast<int>(face) + 1);
-            }
-            text += '\n';
-        }
-        m_corners += 8;
-        m_write(text);
-    }
-
-private:
-    const std::function<void(const QByteArray&)>& m_write;
-    qint64 m_corners = 0;
-};
 
 /// The entities of one tower, by trade and floor.
 class Tower
@@ -201,15 +158,16 @@ public:
         }
     }
 
-    void write(ObjWriter& writer, int number) const
+    void write(SampleModelWriter& writer, int number) const
     {
         const int place = std::max(0, number - 1);
         for (const Group& group : m_groups) {
+            const QString storeyName = storeyOf(group, number);
             for (int i = 0; i < group.entities.size(); ++i) {
-                Box box = boxOf(group, i, m_floors);
+                SampleBox box = boxOf(group, i, m_floors);
                 box.x += place % towersInARow * towerPitchX;
                 box.z += place / towersInARow * towerPitchZ;
-                writer.add(group.entities.at(i), box);
+                writer.add(group.entities.at(i), storeyName, box);
             }
         }
     }
@@ -223,14 +181,15 @@ private:
 
 } // namespace
 
-void writeSampleModel(const SampleProject& project, const std::function<void(const QByteArray&)>& write)
+void writeSampleModel(const SampleProject& project, SampleModelFormat format,
+                      const std::function<void(const QByteArray&)>& write)
 {
-    ObjWriter writer(write);
+    const auto writer = sampleModelWriter(format, write);
     Tower tower;
     int number = 0;
     project.generate({[&](const SampleNode& node) {
                           if (node.tower != number) {
-                              tower.write(writer, number);
+                              tower.write(*writer, number);
                               tower = Tower();
                               number = node.tower;
                           }
@@ -238,7 +197,8 @@ void writeSampleModel(const SampleProject& project, const std::function<void(con
                       },
                       [](const DocumentRecord&) {
                       }});
-    tower.write(writer, number);
+    tower.write(*writer, number);
+    writer->finish();
 }
 
 } // namespace PlanService

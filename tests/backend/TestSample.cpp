@@ -64,10 +64,10 @@ QSet<QString> linkedEntities(const QJsonArray& nodes)
     return entities;
 }
 
-QByteArray modelText(const SampleOptions& options)
+QByteArray modelText(const SampleOptions& options, SampleModelFormat format = SampleModelFormat::Obj)
 {
     QByteArray text;
-    writeSampleModel(SampleProject(options), [&](const QByteArray& piece) { text += piece; });
+    writeSampleModel(SampleProject(options), format, [&](const QByteArray& piece) { text += piece; });
     return text;
 }
 
@@ -420,12 +420,71 @@ private Q_SLOTS:
         }
     }
 
+    void bothFormatsHoldTheSameBoxes_data()
+    {
+        QTest::addColumn<int>("nodes");
+        QTest::newRow("one tower") << 0;
+        QTest::newRow("several towers") << 900;
+        QTest::newRow("nothing to build") << 1;
+    }
+    void bothFormatsHoldTheSameBoxes()
+    {
+        QFETCH(int, nodes);
+        const SampleOptions options = ofSize(nodes);
+        QJsonParseError error;
+        const QJsonObject gltf =
+            QJsonDocument::fromJson(modelText(options, SampleModelFormat::Gltf), &error).object();
+        QVERIFY2(error.error == QJsonParseError::NoError, qPrintable(error.errorString()));
+        QCOMPARE(gltf.value("asset"_s).toObject().value("version"_s).toString(), "2.0"_s);
+        const QJsonArray all = gltf.value("nodes"_s).toArray();
+        // From the top: the building, its storeys, their elements.
+        const QJsonArray tops = gltf.value("scenes"_s).toArray().at(0).toObject().value("nodes"_s).toArray();
+        QCOMPARE(tops.size(), 1);
+        const QJsonArray storeys = all.at(tops.at(0).toInt()).toObject().value("children"_s).toArray();
+        QMap<QString, QString> places;
+        for (const QJsonValue& storey : storeys) {
+            const QJsonArray elements = all.at(storey.toInt()).toObject().value("children"_s).toArray();
+            QVERIFY(!elements.isEmpty());
+            const QString name = all.at(storey.toInt()).toObject().value("name"_s).toString();
+            for (const QJsonValue& number : elements) {
+                const QJsonObject element = all.at(number.toInt()).toObject();
+                const QString id = element.value("name"_s).toString();
+                QCOMPARE(element.value("mesh"_s).toInt(-1), 0);
+                if (!name.endsWith("Site"_s) && !name.endsWith("Roof"_s) && !name.endsWith("Foundation"_s)) {
+                    QVERIFY2(id.startsWith(name + "-"_s), qPrintable(id));
+                }
+                QString place;
+                for (int axis = 0; axis < 3; ++axis) {
+                    const double low = element.value("translation"_s).toArray().at(axis).toDouble();
+                    const double size = element.value("scale"_s).toArray().at(axis).toDouble();
+                    place += QStringLiteral("%1 %2 ").arg(low, 0, 'f', 2).arg(low + size, 0, 'f', 2);
+                }
+                QVERIFY2(!places.contains(id), qPrintable(id));
+                places.insert(id, place);
+            }
+        }
+        QCOMPARE(all.size(), 1 + storeys.size() + places.size());
+        QMap<QString, QString> expected;
+        const Model model = modelOf(options);
+        for (const ModelObject& object : model.objects) {
+            QString place;
+            for (std::size_t axis = 0; axis < 3; ++axis) {
+                place += QStringLiteral("%1 %2 ")
+                             .arg(object.low(axis), 0, 'f', 2)
+                             .arg(object.high(axis), 0, 'f', 2);
+            }
+            expected.insert(object.name, place);
+        }
+        QCOMPARE(places, expected);
+    }
+
     void itsModelStandsFloorByFloor()
     {
         SampleOptions options;
         options.floors = 6;
         int onFloors = 0;
-        for (const ModelObject& object : modelOf(options).objects) {
+        const Model model = modelOf(options);
+        for (const ModelObject& object : model.objects) {
             const int floor = object.name.mid(1, 2).toInt(); // as F03-CON-512
             if (floor > 0) {
                 ++onFloors;

@@ -216,7 +216,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("file");
         QTest::addColumn<QString>("message");
         QTest::newRow("other format") << "tower.fbx"_s
-                                      << "has to end in .obj"_s;
+                                      << "has to end in .gltf or .obj"_s;
         QTest::newRow("no such folder") << "none/tower.obj"_s
                                         << "name a file in a folder you may write to"_s;
     }
