@@ -31,6 +31,8 @@ public:
     void setColouring(Colouring colouring) { m_colouring = colouring; }
     Colouring colouring() const { return m_colouring; }
     void setPlanColour(const QColor& colour) { m_planColour = colour; }
+    /// By state, from 0.
+    void setStateColours(const QList<QColor>& colours) { m_stateColours = colours; }
     /// The moment of the vertical line.
     void setNow(const QDateTime& now) { m_now = now; }
     /// The task whose row is marked; -1: none.
