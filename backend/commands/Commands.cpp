@@ -14,6 +14,9 @@ const std::vector<Command>& commands()
         {QStringLiteral("sample"), QStringLiteral("write a sample plan as JSON, without a database"),
          runSample},
         {QStringLiteral("token"), QStringLiteral("create, list and revoke access tokens"), runToken},
+        {QStringLiteral("backup"), QStringLiteral("copy a database into a file, while a service runs on it"),
+         runBackup},
+        {QStringLiteral("restore"), QStringLiteral("give a database the contents of a backup"), runRestore},
     };
     return all;
 }

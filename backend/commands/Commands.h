@@ -29,6 +29,8 @@ int runServe(const QStringList& arguments);
 int runSeed(const QStringList& arguments);
 int runSample(const QStringList& arguments);
 int runToken(const QStringList& arguments);
+int runBackup(const QStringList& arguments);
+int runRestore(const QStringList& arguments);
 
 /// The options of one command. Reading them throws UsageError naming option and value.
 class Options
