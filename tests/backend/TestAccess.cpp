@@ -1,3 +1,4 @@
+#include "ApiStatus.h"
 #include "Text.h"
 #include "access/Caller.h"
 #include "access/Tokens.h"
@@ -7,19 +8,10 @@
 #include <QtTest>
 
 using namespace PlanService;
+using KvTest::statusOf;
 using KvTest::operator""_s;
 
 namespace {
-
-int statusOf(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (const ApiError& error) {
-        return error.status();
-    }
-    return 200;
-}
 
 RightsRecord rightsOf(const QString& project, const QString& category, const QString& text)
 {

@@ -1,9 +1,11 @@
+#include "ApiStatus.h"
 #include "Text.h"
 #include "http/Router.h"
 
 #include <QtTest>
 
 using namespace PlanService;
+using KvTest::statusOf;
 using KvTest::operator""_s;
 
 Q_DECLARE_METATYPE(PlanService::UrlText)
@@ -21,16 +23,6 @@ Router testRouter()
                    {"PUT", "/plans/{planId}", nothing},
                    {"GET", "/plans/{planId}/copy/{how}", nothing},
                    {"GET", "/health", nothing, NeedsToken::No}});
-}
-
-int statusOf(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (const ApiError& error) {
-        return error.status();
-    }
-    return 200;
 }
 
 } // namespace

@@ -1,17 +1,9 @@
 // The facade as a host has it, through the library's exported interface: the one object, and its caches.
 
+#include "KvPlanOperationsFixture.h"
 #include "ServiceReplies.h"
 
-#include <plandata/KvPlanData.h>
-
-#include <KvNetwork/KvBaseApi.h>
-
 #include <model/KvPlanRecordsDump.h>
-#include <support/ScriptedServer.h>
-
-#include <QtCore/QJsonArray>
-#include <QtCore/QJsonObject>
-#include <QtTest/QtTest>
 
 #include <atomic>
 #include <thread>
@@ -46,23 +38,12 @@ static_assert(
 static_assert(
     std::is_same_v<decltype(std::declval<KvPlanData&>() = std::declval<const KvPlanData&>()), KvPlanData&>);
 
-namespace {
-
-const QString p1 = QStringLiteral("p1");
-const QString p2 = QStringLiteral("p2");
-const QString n1 = QStringLiteral("n1");
-
-} // namespace
-
-class KvPlanDataCacheTest : public QObject
+class KvPlanDataCacheTest : public KvPlanOperationsFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void initTestCase();
-    void init();
-    void cleanup();
-
     void planIsReadAndCached();
     void getPlanByIdAlwaysAsks();
     void laterReadReplacesTheCachedPlan();
@@ -78,11 +59,8 @@ private Q_SLOTS:
     void failureKeepsWhatIsCached();
 
 private:
-    KvPlanData& data() { return *KvPlanData::instance(); }
     int requests() const { return m_server.requestCount(); }
     bool isPlanCached(KvPlanData& facade, const QString& id);
-
-    KvTest::ScriptedServer m_server;
 };
 
 // Must be the first use of the object: many threads ask for it while it is being made.
@@ -106,18 +84,6 @@ void KvPlanDataCacheTest::initTestCase()
         QVERIFY(object != nullptr);
         QCOMPARE(object, KvPlanData::instance());
     }
-}
-
-void KvPlanDataCacheTest::init()
-{
-    KvBaseApi::GetInstance().setBaseApi(m_server.baseUrl());
-    data().clear();
-}
-
-void KvPlanDataCacheTest::cleanup()
-{
-    QCOMPARE(m_server.complaint(), QString());
-    m_server.reset();
 }
 
 bool KvPlanDataCacheTest::isPlanCached(KvPlanData& facade, const QString& id)
@@ -245,7 +211,7 @@ void KvPlanDataCacheTest::cachedNodeReplacesTheWholeRecord()
 
 void KvPlanDataCacheTest::nameOfAPlanNeverRead()
 {
-    m_server.setHandler([](const KvTest::Request&) { return planReply(p1, QStringLiteral("there")); });
+    m_server.setHandler([this](const KvTest::Request&) { return planReply(p1, QStringLiteral("there")); });
     QVERIFY(data().getPlanName(p1).isNull());
     QCOMPARE(requests(), 0);
 }

@@ -1,54 +1,22 @@
 // A copy of the facade is a snapshot: from then on each goes its own way.
 
 #include "FacadeCopies.h"
+#include "KvPlanOperationsFixture.h"
 #include "ServiceReplies.h"
-
-#include <KvNetwork/KvBaseApi.h>
-
-#include <support/ScriptedServer.h>
-
-#include <QtTest/QtTest>
 
 using KvTest::nodeReply;
 using KvTest::planReply;
 
-namespace {
-
-const QString p1 = QStringLiteral("p1");
-const QString p2 = QStringLiteral("p2");
-const QString n1 = QStringLiteral("n1");
-
-} // namespace
-
-class KvPlanDataCopiesTest : public QObject
+class KvPlanDataCopiesTest : public KvPlanOperationsFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
     void copyIsIndependentOfTheOriginal();
     void originalIsIndependentOfTheCopy();
     void assignmentReplacesTheCaches();
     void assignmentToItself();
-
-private:
-    KvPlanData& data() { return *KvPlanData::instance(); }
-
-    KvTest::ScriptedServer m_server;
 };
-
-void KvPlanDataCopiesTest::init()
-{
-    KvBaseApi::GetInstance().setBaseApi(m_server.baseUrl());
-    data().clear();
-}
-
-void KvPlanDataCopiesTest::cleanup()
-{
-    QCOMPARE(m_server.complaint(), QString());
-    m_server.reset();
-}
 
 void KvPlanDataCopiesTest::copyIsIndependentOfTheOriginal()
 {

@@ -1,35 +1,22 @@
 // Under which key the facade's caches keep a record, and whose the records are that it hands out.
 
+#include "KvPlanOperationsFixture.h"
 #include "ServiceReplies.h"
-
-#include <plandata/KvPlanData.h>
-
-#include <KvNetwork/KvBaseApi.h>
-
-#include <support/ScriptedServer.h>
-
-#include <QtTest/QtTest>
 
 using KvTest::nodeReply;
 using KvTest::planReply;
 
 namespace {
 
-const QString p1 = QStringLiteral("p1");
-const QString p2 = QStringLiteral("p2");
-const QString n1 = QStringLiteral("n1");
 const QString n2 = QStringLiteral("n2");
 
 } // namespace
 
-class KvPlanDataKeysTest : public QObject
+class KvPlanDataKeysTest : public KvPlanOperationsFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-
     void cacheIsKeyedByTheRequestedId();
     void nodeCacheIsKeyedByTheRequestedId();
     void keysAreComparedExactly();
@@ -41,23 +28,8 @@ private Q_SLOTS:
     void nodesOfAPlanAreNotCachedAsNodes();
 
 private:
-    KvPlanData& data() { return *KvPlanData::instance(); }
     int requests() const { return m_server.requestCount(); }
-
-    KvTest::ScriptedServer m_server;
 };
-
-void KvPlanDataKeysTest::init()
-{
-    KvBaseApi::GetInstance().setBaseApi(m_server.baseUrl());
-    data().clear();
-}
-
-void KvPlanDataKeysTest::cleanup()
-{
-    QCOMPARE(m_server.complaint(), QString());
-    m_server.reset();
-}
 
 void KvPlanDataKeysTest::cacheIsKeyedByTheRequestedId()
 {

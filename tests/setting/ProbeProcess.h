@@ -6,6 +6,13 @@
 
 namespace KvTest {
 
+/// A call for the probe, with up to two arguments.
+inline QJsonArray call(const char* name, const QJsonValue& value = QJsonValue(),
+                       const QJsonValue& second = QJsonValue())
+{
+    return {QLatin1String(name), value, second};
+}
+
 /// A process that makes these calls on its own settings object, on the settings folder @p folder. Arguments
 /// and environment are set; it is not started.
 void prepareProbe(QProcess& process, const QString& folder, const QList<QJsonArray>& calls);

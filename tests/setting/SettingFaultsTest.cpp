@@ -11,18 +11,13 @@
 
 #include <random>
 
+using KvTest::call;
 using KvTest::FileState;
 using KvTest::OwnSetting;
 using KvTest::probe;
 using KvTest::SettingFolder;
 
 namespace {
-
-QJsonArray call(const char* name, const QJsonValue& value = QJsonValue(),
-                const QJsonValue& second = QJsonValue())
-{
-    return {QLatin1String(name), value, second};
-}
 
 const QJsonArray ordinaryUser = call("BecomeAnOrdinaryUser");
 const QJsonArray readColumns = call("GetGanttColumnWidth");

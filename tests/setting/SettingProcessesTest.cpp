@@ -11,17 +11,12 @@
 
 #include <random>
 
+using KvTest::call;
 using KvTest::FileState;
 using KvTest::probe;
 using KvTest::SettingFolder;
 
 namespace {
-
-QJsonArray call(const char* name, const QJsonValue& value = QJsonValue(),
-                const QJsonValue& second = QJsonValue())
-{
-    return {QLatin1String(name), value, second};
-}
 
 QJsonObject widths(const char* json)
 {

@@ -27,6 +27,12 @@ struct KvplanRun
 /// A command line as its words: "show p1 --rows 2" as four.
 QStringList words(const char* line);
 
+/// A text of a record; empty when there is none of that name.
+inline QString textOf(const QJsonValue& record, const char* field)
+{
+    return record.toObject().value(QLatin1String(field)).toString();
+}
+
 inline QString utf8(const char* text)
 {
     return QString::fromUtf8(text);

@@ -12,16 +12,8 @@
 using KvTest::Kvplan;
 using KvTest::KvplanRun;
 using KvTest::ServiceProcess;
+using KvTest::textOf;
 using KvTest::words;
-
-namespace {
-
-QString textOf(const QJsonValue& record, const char* field)
-{
-    return record.toObject().value(QLatin1String(field)).toString();
-}
-
-} // namespace
 
 class KvplanProgressServiceTest : public QObject
 {

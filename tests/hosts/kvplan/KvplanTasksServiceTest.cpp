@@ -12,14 +12,10 @@
 using KvTest::Kvplan;
 using KvTest::KvplanRun;
 using KvTest::ServiceProcess;
+using KvTest::textOf;
 using KvTest::words;
 
 namespace {
-
-QString textOf(const QJsonValue& task, const char* field)
-{
-    return task.toObject().value(QLatin1String(field)).toString();
-}
 
 QStringList idsOf(const QJsonArray& tasks)
 {
