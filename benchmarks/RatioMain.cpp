@@ -1,22 +1,32 @@
 #include "RatioMain.h"
 
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
 #include <map>
 #include <vector>
 
+#ifdef __linux__
+#include <sched.h>
+#endif
+
 namespace {
 
-struct Comparison
+class MedianReporter;
+
+// A line of the closing table; 0 when what it needs was filtered out on the command line.
+struct Line
 {
     std::string title;
-    std::string benchmark;
-    std::string reference;
+    std::function<double(const MedianReporter&)> figure;
     double limit;
 };
 
-std::vector<Comparison>& comparisons()
+std::vector<Line>& lines()
 {
-    static std::vector<Comparison> list;
+    static std::vector<Line> list;
     return list;
 }
 
@@ -51,12 +61,86 @@ private:
     bool m_failed = false;
 };
 
+// Whether a line is above its limit.
+bool printLines(const std::string& path, const MedianReporter& reporter)
+{
+    const std::string program = path.substr(path.rfind('/') + 1);
+    const char* const file = std::getenv("KV_RATIOS");
+    std::ofstream kept;
+    if (file)
+        kept.open(file, std::ios::app);
+    bool above = false;
+    std::printf("\n");
+    for (const Line& line : lines()) {
+        const double ratio = line.figure(reporter);
+        if (ratio <= 0)
+            continue;
+        std::printf("ratio  %-52s %6.2f", line.title.c_str(), ratio);
+        if (line.limit > 0) {
+            std::printf("   at most %.2f%s", line.limit, ratio > line.limit ? "   ABOVE" : "");
+            above = above || ratio > line.limit;
+        }
+        std::printf("\n");
+        kept << program << '\t' << line.title << '\t' << ratio << '\t' << line.limit << '\n';
+    }
+    return above;
+}
+
 } // namespace
 
 void compare(const std::string& title, const std::string& benchmark, const std::string& reference,
              double limit)
 {
-    comparisons().push_back({title, benchmark, reference, limit});
+    lines().push_back({title,
+                       [=](const MedianReporter& reporter) {
+                           const double divisor = reporter.median(reference);
+                           return divisor > 0 ? reporter.median(benchmark) / divisor : 0;
+                       },
+                       limit});
+}
+
+void growth(const std::string& title, const std::string& benchmark, const std::vector<int>& sizes,
+            double limit)
+{
+    // The slope of the line through the logarithms of sizes and times that leaves the least squares.
+    const auto exponent = [=](const MedianReporter& reporter) {
+        double x = 0;
+        double y = 0;
+        double xx = 0;
+        double xy = 0;
+        for (const int size : sizes) {
+            const double median = reporter.median(benchmark + '/' + std::to_string(size));
+            if (median <= 0)
+                return 0.0;
+            const double logSize = std::log(double(size));
+            const double logTime = std::log(median);
+            x += logSize;
+            y += logTime;
+            xx += logSize * logSize;
+            xy += logSize * logTime;
+        }
+        const double count = double(sizes.size());
+        return (count * xy - x * y) / (count * xx - x * x);
+    };
+    lines().push_back({"growth, " + title, exponent, limit});
+}
+
+void report(const std::string& title, double ratio, double limit)
+{
+    lines().push_back({title, [=](const MedianReporter&) { return ratio; }, limit});
+}
+
+void stayOnOneProcessor()
+{
+#ifdef __linux__
+    const int processor = sched_getcpu();
+    if (processor < 0)
+        return;
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(static_cast<std::size_t>(processor), &one);
+    sched_setaffinity(0, sizeof one, &one);
+#endif
 }
 
 int runBenchmarks(int argc, char* argv[])
@@ -79,20 +163,11 @@ int runBenchmarks(int argc, char* argv[])
     MedianReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
 
-    bool above = false;
-    std::printf("\n");
-    for (const Comparison& line : comparisons()) {
-        const double measured = reporter.median(line.benchmark);
-        const double reference = reporter.median(line.reference);
-        if (measured <= 0 || reference <= 0)
-            continue; // filtered out on the command line
-        const double ratio = measured / reference;
-        std::printf("ratio  %-44s %6.2f", line.title.c_str(), ratio);
-        if (line.limit > 0) {
-            std::printf("   at most %.2f%s", line.limit, ratio > line.limit ? "   ABOVE" : "");
-            above = above || ratio > line.limit;
-        }
-        std::printf("\n");
-    }
+    const bool above = printLines(argv[0], reporter);
     return above || reporter.hasFailed() ? 1 : 0;
+}
+
+int printReports(const std::string& program)
+{
+    return printLines(program, MedianReporter()) ? 1 : 0;
 }

@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 
 #include <string>
+#include <vector>
 
 /// One line of a benchmark's closing table: the median of one benchmark divided by that of another, both from
 /// the same run, whose repetitions take turns. Absolute times tell more about the machine than about the
@@ -12,6 +13,26 @@
 void compare(const std::string& title, const std::string& benchmark, const std::string& reference,
              double limit);
 
+/// One line more: the exponent with which the time of a benchmark grows from size to size, fitted over
+/// "@p benchmark/SIZE" of all @p sizes: 1 is linear.
+///
+/// @p limit as above.
+void growth(const std::string& title, const std::string& benchmark, const std::vector<int>& sizes,
+            double limit);
+
+/// One line more, of a ratio that is no ratio of times; @p limit as above.
+void report(const std::string& title, double ratio, double limit);
+
+/// Prints the lines of a program that has no benchmarks, as runBenchmarks() does; @p program: its argv[0].
+int printReports(const std::string& program);
+
+/// Keeps this thread, and those it starts from now on, on one processor. For programs that ask no service,
+/// which would have to share it.
+void stayOnOneProcessor();
+
 /// Runs all benchmarks of the program nine times each, in turns, and prints the medians and the ratios.
+///
+/// The lines also go to the file that the environment variable KV_RATIOS names, behind what it holds:
+/// program, title, ratio and limit, with tabs between them.
 /// @return 1 when a benchmark failed or a ratio is above its limit, else 0.
 int runBenchmarks(int argc, char* argv[]);

@@ -53,6 +53,24 @@ QString KvDecodePool::shared(const QString& text)
     return find(m_texts, text, [](const QString& first) { return first; });
 }
 
+// The latest of those with the same first key is kept, as the next one most likely equals it.
+QMap<QString, QStringList> KvDecodePool::shared(const QMap<QString, QStringList>& map)
+{
+    if (map.isEmpty())
+        return map;
+    QMap<QString, QStringList>& known = place(m_maps, map.firstKey()).value;
+    if (known != map)
+        known = map;
+    return known;
+}
+
+// In place, as taking a key out and putting its equal in would cost a node of the map.
+void KvDecodePool::shareKeys(QMap<QString, QStringList>& map)
+{
+    for (auto entry = map.begin(); entry != map.end(); ++entry)
+        const_cast<QString&>(entry.key()) = shared(entry.key());
+}
+
 QString KvDecodePool::repeated(const KvJsonMember& member)
 {
     return repeated(m_lastTexts, member,

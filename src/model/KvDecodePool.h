@@ -4,7 +4,7 @@
 
 #include <QtCore/QCborValue>
 #include <QtCore/QDateTime>
-#include <QtCore/QHash>
+#include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtCore/QVector>
@@ -28,6 +28,10 @@ public:
 
     /// @p text, sharing its data with an equal text of another record.
     QString shared(const QString& text);
+
+    /// The same for a map of lists, and for the keys of one that is not shared.
+    QMap<QString, QStringList> shared(const QMap<QString, QStringList>& map);
+    void shareKeys(QMap<QString, QStringList>& map);
 
     /// The text of a member that mostly equals that of the record before, as the plan of a plan's nodes does:
     /// it is then not even read again.
@@ -56,12 +60,18 @@ private:
         Value value;
     };
 
-    template<class Value, class Make>
-    const Value& find(QVector<Entry<Value>>& entries, const QString& text, Make make)
+    template<class Value>
+    Entry<Value>& place(QVector<Entry<Value>>& entries, const QString& text)
     {
         if (entries.isEmpty())
             entries.resize(m_placeCount);
-        Entry<Value>& entry = entries[int(placeOf(text) & uint(m_placeCount - 1))];
+        return entries[int(placeOf(text) & uint(m_placeCount - 1))];
+    }
+
+    template<class Value, class Make>
+    const Value& find(QVector<Entry<Value>>& entries, const QString& text, Make make)
+    {
+        Entry<Value>& entry = place(entries, text);
         if (entry.text != text) {
             entry.value = make(text);
             entry.text = text;
@@ -106,7 +116,8 @@ private:
     QVector<Entry<QString>> m_texts;
     QVector<Entry<QDateTime>> m_dates;
     QVector<Entry<QDateTime>> m_exchangeDates;
-    QVector<Entry<QStringList>> m_singles; // lists of one identifier, by that identifier
+    QVector<Entry<QStringList>> m_singles;             // lists of one identifier, by that identifier
+    QVector<Entry<QMap<QString, QStringList>>> m_maps; // by their first key
 };
 
 } // namespace Kv

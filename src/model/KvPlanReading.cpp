@@ -21,7 +21,7 @@ using Plan = KvPlan&;
 using Pool = KvDecodePool&;
 
 void readDocuments(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool);
-void readLinks(const QJsonArray& in, KvPlanNode& out);
+void readLinks(const QJsonArray& in, KvPlanNode& out, KvDecodePool& pool);
 void readMaterialBills(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool);
 void readPredecessors(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool);
 void readTasks(const QJsonArray& in, KvPlan& out, KvDecodePool& pool);
@@ -66,7 +66,7 @@ const KvField<KvPlanNode> nodeFields[] = {
     {QLatin1String("documents"), [](Value v, Node n, Pool p) { readDocuments(v.elements(), n, p); }},
     {QLatin1String("dynamicEffect"), [](Value v, Node n, Pool) { n.dynamicEffect = v.wholeNumber(); }},
     // The service names the links "entity" when it sends them and "links" when it takes them.
-    {QLatin1String("entity"), [](Value v, Node n, Pool) { readLinks(v.jsonArray(), n); }},
+    {QLatin1String("entity"), [](Value v, Node n, Pool p) { readLinks(v.jsonArray(), n, p); }},
     {QLatin1String("entityHideDate"), [](Value v, Node n, Pool p) { n.entityHideDate = p.dateTime(v.text()); }},
     {QLatin1String("entityHideType"), [](Value v, Node n, Pool) { n.entityHideType = v.wholeNumber(); }},
     {QLatin1String("executeIds"), [](Value v, Node n, Pool p) { n.executeIds = p.idList(v.elements()); }},
@@ -118,6 +118,7 @@ void readPredecessor(const QCborMap& in, KvPlanPredecessor& out, KvDecodePool& p
 void readPredecessors(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool)
 {
     static const KvPlanPredecessor empty;
+    out.predecessors.reserve(out.predecessors.size() + int(in.size()));
     for (const QCborValue& element : in) {
         out.predecessors.append(empty);
         readPredecessor(element.toMap(), out.predecessors.last(), pool);
@@ -139,9 +140,10 @@ void readDocuments(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool)
     }
 }
 
-void readLinks(const QJsonArray& in, KvPlanNode& out)
+void readLinks(const QJsonArray& in, KvPlanNode& out, KvDecodePool& pool)
 {
     out.links = in.isEmpty() ? KvLinksEntity() : KvPub::jsonArrayToLinksEntity(in);
+    pool.shareKeys(out.links);
 }
 
 void readMaterialBills(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool)
@@ -152,6 +154,7 @@ void readMaterialBills(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool
         out.materialBills.insert(pool.shared(bill.value(QLatin1String("rId")).toString()),
                                  pool.repeatedIdList(bill.value(QLatin1String("statusIds"))));
     }
+    out.materialBills = pool.shared(out.materialBills);
 }
 
 void readTasks(const QJsonArray& in, KvPlan& out, KvDecodePool& pool)

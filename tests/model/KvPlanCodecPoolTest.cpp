@@ -114,6 +114,7 @@ private Q_SLOTS:
     void repeatedTextIsShared();
     void repeatedListIsShared();
     void repeatedBillStatesAreShared();
+    void repeatedBillsAndModelIdsAreShared();
     void sharedTextIsStillOnesOwn();
     void poolsDoNotKnowEachOther();
 };
@@ -217,6 +218,34 @@ void KvPlanCodecPoolTest::repeatedBillStatesAreShared()
     const QStringList first = plan.planNodes.at(0).materialBills.value(QStringLiteral("b1"));
     QCOMPARE(first, states);
     QVERIFY(first.isSharedWith(plan.planNodes.at(1).materialBills.value(QStringLiteral("b2"))));
+}
+
+void KvPlanCodecPoolTest::repeatedBillsAndModelIdsAreShared()
+{
+    const auto bill = [](const QString& state) {
+        return QJsonArray{QJsonObject{{QStringLiteral("rId"), QStringLiteral("b1")},
+                                      {QStringLiteral("statusIds"), QJsonArray{state}}}};
+    };
+    const auto entities = [](const QString& id) {
+        return QJsonArray{QJsonObject{{QStringLiteral("modelId"), QStringLiteral("model 1")},
+                                      {QStringLiteral("entityIds"), QJsonArray{id}}}};
+    };
+    QJsonArray tasks;
+    for (const char* state : {"ordered", "used", "used", "ordered"}) {
+        tasks.append(
+            QJsonObject{{QStringLiteral("materialBills"), bill(QString::fromLatin1(state))},
+                        {QStringLiteral("entity"), entities(QStringLiteral("e%1").arg(tasks.size()))}});
+    }
+    KvPlan plan;
+    Kv::jsonObjectToPlan({{QStringLiteral("tasks"), tasks}}, plan);
+    QVERIFY(plan.planNodes.at(1).materialBills.isSharedWith(plan.planNodes.at(2).materialBills));
+    for (int i = 0; i < tasks.size(); ++i) {
+        const KvPlanNode& node = plan.planNodes.at(i);
+        const QString state = QString::fromLatin1(i == 1 || i == 2 ? "used" : "ordered");
+        QCOMPARE(node.materialBills.value(QStringLiteral("b1")), QStringList(state));
+        QCOMPARE(node.links.value(QStringLiteral("model 1")), QStringList(QStringLiteral("e%1").arg(i)));
+        QVERIFY(node.links.firstKey().constData() == plan.planNodes.at(0).links.firstKey().constData());
+    }
 }
 
 void KvPlanCodecPoolTest::sharedTextIsStillOnesOwn()
