@@ -6,6 +6,7 @@
 #include "../store/OpenStore.h"
 #include "Commands.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #ifdef __GLIBC__
@@ -25,6 +26,13 @@ void addServeOptions(Options& options)
     options.add(QStringLiteral("listen"),
                 QStringLiteral("Address to listen on. Any but a loopback address takes tokens and TLS."),
                 QStringLiteral("ADDRESS"), QStringLiteral("127.0.0.1"));
+    options.add(
+        QStringLiteral("tls-certificate"),
+        QStringLiteral("Speak HTTPS with the certificate, and those of its issuers, in this PEM file."),
+        QStringLiteral("FILE"));
+    options.add(QStringLiteral("tls-key"),
+                QStringLiteral("The certificate's private key, PEM without password."),
+                QStringLiteral("FILE"));
     options.add(QStringLiteral("without-tokens"),
                 QStringLiteral("Listen on any address without tokens, which is said with the words ") +
                     withoutTokensPhrase() + QLatin1Char('.'),
@@ -40,8 +48,9 @@ void addServeOptions(Options& options)
     options.add(QStringLiteral("threads"), QStringLiteral("Threads that do HTTP."), QStringLiteral("N"),
                 QStringLiteral("2"));
     options.add(QStringLiteral("connections"),
-                QStringLiteral("Clients connected at a time; further ones wait until one leaves."),
-                QStringLiteral("N"), QStringLiteral("800"));
+                QStringLiteral("Clients connected at a time; further ones wait until one leaves. 4000 unless "
+                               "given, or fewer where the system allows less open files."),
+                QStringLiteral("N"));
     options.add(QStringLiteral("log"),
                 QStringLiteral("Append the access log to this file instead of stderr."),
                 QStringLiteral("FILE"));
@@ -50,6 +59,14 @@ void addServeOptions(Options& options)
     options.add(QStringLiteral("reply-memory"),
                 QStringLiteral("MiB that replies with whole plans may take together; further ones wait."),
                 QStringLiteral("N"), QStringLiteral("2048"));
+    options.add(
+        QStringLiteral("request-memory"),
+        QStringLiteral("MiB that requests may take together while they come in; further large ones are "
+                       "refused."),
+        QStringLiteral("N"), QStringLiteral("2048"));
+    options.add(QStringLiteral("reply-timeout"),
+                QStringLiteral("Seconds for the answer, and for a client to take each part of a large one."),
+                QStringLiteral("N"), QStringLiteral("120"));
     options.add(QStringLiteral("read-timeout"),
                 QStringLiteral("Seconds a client has for a whole request, and may stay silent between two."),
                 QStringLiteral("N"), QStringLiteral("30"));
@@ -62,6 +79,34 @@ void returnLargeBlocks()
 #ifdef __GLIBC__
     mallopt(M_MMAP_THRESHOLD, 128 * 1024);
 #endif
+}
+
+TlsFiles tlsFilesFrom(const Options& options)
+{
+    const TlsFiles files{options.text(QStringLiteral("tls-certificate")),
+                         options.text(QStringLiteral("tls-key"))};
+    if (files.certificate.isEmpty() != files.key.isEmpty()) {
+        throw UsageError(QStringLiteral("--tls-certificate and --tls-key go together; give both or none"));
+    }
+    return files;
+}
+
+/// As many as are wanted and fit into the files that the process may have open, once that is as many as it
+/// can be.
+std::size_t connectionsFrom(const Options& options)
+{
+    constexpr int usual = 4000;
+    const bool isGiven = options.has(QStringLiteral("connections"));
+    const int wanted = isGiven ? options.number(QStringLiteral("connections"), 1, 60000) : usual;
+    const int possible = connectionsPossible();
+    if (isGiven && wanted > possible) {
+        throw Failure(
+            QStringLiteral("--connections '%1' is more than the %2 that the system's limit of open files "
+                           "allows; raise that (ulimit -n), or give less")
+                .arg(wanted)
+                .arg(possible));
+    }
+    return static_cast<std::size_t>(std::min(wanted, possible));
 }
 
 void watchLoad(Metrics& metrics, WorkerPool& workers, int workerCount, const HttpServer& server)
@@ -90,8 +135,10 @@ int runServe(const QStringList& arguments)
     settings.address = options.text(QStringLiteral("listen"));
     settings.port = static_cast<quint16>(options.number(QStringLiteral("port"), 0, 65535));
     settings.threads = options.number(QStringLiteral("threads"), 1, 64);
-    settings.mostConnections =
-        static_cast<std::size_t>(options.number(QStringLiteral("connections"), 1, 60000));
+    settings.tls = tlsFilesFrom(options);
+    settings.mostConnections = connectionsFrom(options);
+    settings.requestMemory = qint64{options.number(QStringLiteral("request-memory"), 1, 1 << 20)} << 20;
+    settings.replyTimeout = std::chrono::seconds(options.number(QStringLiteral("reply-timeout"), 1, 3600));
     settings.largestBody = static_cast<std::size_t>(options.number(QStringLiteral("max-body"), 1, 1 << 30));
     settings.readTimeout = std::chrono::seconds(options.number(QStringLiteral("read-timeout"), 1, 3600));
     const int workerCount = options.number(QStringLiteral("workers"), 1, 64);
@@ -108,7 +155,7 @@ int runServe(const QStringList& arguments)
         const auto store =
             openStore(database, options.has(QStringLiteral("create")) ? MissingDatabase::Create
                                                                       : MissingDatabase::Refuse);
-        refuseUnsafe({settings.address, store->hasTokens(), false,
+        refuseUnsafe({settings.address, store->hasTokens(), !settings.tls.certificate.isEmpty(),
                       options.text(QStringLiteral("without-tokens")),
                       options.text(QStringLiteral("without-tls"))});
     }
@@ -124,9 +171,9 @@ int runServe(const QStringList& arguments)
         log);
     watchLoad(metrics, workers, workerCount, server);
     const bool ipv6 = settings.address.contains(QLatin1Char(':'));
-    print((ipv6 ? QStringLiteral("planservice listening on http://[%1]:%2/\n")
-                : QStringLiteral("planservice listening on http://%1:%2/\n"))
-              .arg(settings.address)
+    print(QStringLiteral("planservice listening on %1://%2:%3/\n")
+              .arg(settings.tls.certificate.isEmpty() ? QStringLiteral("http") : QStringLiteral("https"),
+                   ipv6 ? QLatin1Char('[') + settings.address + QLatin1Char(']') : settings.address)
               .arg(server.port()));
     server.run();
     service.stop();

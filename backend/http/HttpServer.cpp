@@ -9,9 +9,14 @@
 
 #include <http_parser.h>
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <thread>
+
+#ifdef __unix__
+#include <sys/resource.h>
+#endif
 
 namespace PlanService {
 
@@ -21,30 +26,11 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int longestLoggedPath = 2048;
 
-/// Counts the clients that are connected.
-class ConnectionCount
-{
-public:
-    void state_changed(const restinio::connection_state::notice_t& notice) noexcept
-    {
-        if (restinio::holds_alternative<restinio::connection_state::accepted_t>(notice.cause())) {
-            ++m_open;
-        } else if (restinio::holds_alternative<restinio::connection_state::closed_t>(notice.cause())) {
-            --m_open;
-        }
-    }
-    int open() const { return m_open; }
-
-private:
-    std::atomic<int> m_open{0};
-};
-
 struct ServerTraits
     : restinio::traits_t<restinio::asio_timer_manager_t, ParserLog, restinio::default_request_handler_t,
                          restinio::default_strand_t, ServiceSocket>
 {
     static constexpr bool use_connection_count_limiter = true;
-    using connection_state_listener_t = ConnectionCount;
 };
 
 /// One piece of a reply's body, shared with whoever else holds it.
@@ -138,30 +124,33 @@ QByteArray reasonPhrase(int status)
     }
 }
 
-void ParserLog::note(const std::string& message) const
+Rejection rejectionOf(const ApiError& error)
 {
-    if (message.find("parser error") == std::string::npos) {
-        return;
-    }
-    const Reply reply = refusal(message).reply();
+    const Reply reply = error.reply();
     const QByteArray body = reply.body.constFirst();
-    pendingRejection() = {reply.status,
-                          "HTTP/1.1 " + QByteArray::number(reply.status) + ' ' + reasonPhrase(reply.status) +
-                              "\r\nContent-Type: application/json; charset=utf-8\r\nContent-Length: " +
-                              QByteArray::number(body.size()) + "\r\nConnection: close\r\n\r\n" + body,
-                          m_log};
+    QByteArray text = "HTTP/1.1 " + QByteArray::number(reply.status) + ' ' + reasonPhrase(reply.status) +
+                      "\r\nContent-Type: " + reply.contentType +
+                      "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\nConnection: close\r\n";
+    for (const auto& extra : reply.headers) {
+        text += extra.first + ": " + extra.second + "\r\n";
+    }
+    return {reply.status, text + "\r\n" + body};
 }
 
-namespace {
-
-class Context : public asio::io_context
+Rejection crowdedOut()
 {
-public:
-    /// Destroys everything that still waits, connections included, and nothing else.
-    void abandon() { shutdown(); }
-};
+    return rejectionOf(
+        ApiError(503, QStringLiteral("busy"),
+                 QStringLiteral("too many large requests are on their way; try again in a moment"))
+            .withHeader("Retry-After", "1"));
+}
 
-} // namespace
+void ParserLog::note(const std::string& message) const
+{
+    if (message.find("parser error") != std::string::npos) {
+        pendingRejection() = rejectionOf(refusal(message));
+    }
+}
 
 class HttpServer::Private
 {
@@ -175,6 +164,12 @@ public:
         , m_hangup(m_context, SIGHUP)
         , m_stopTimer(m_context)
     {
+        m_context.mostUnansweredBytes = settings.requestMemory;
+        m_context.handshakeTimeout = settings.handshakeTimeout;
+        m_context.log = &log;
+        if (!settings.tls.certificate.isEmpty()) {
+            takeCertificate();
+        }
         // The parser's own limit is on URL and headers together; those of ours are to be met first.
         http_parser_set_max_header_size(static_cast<std::uint32_t>(
             settings.largestTarget + settings.mostHeaderFields * settings.largestHeaderField));
@@ -205,7 +200,7 @@ public:
     Private& operator=(const Private&) = delete;
 
     quint16 port() const { return m_port; }
-    int connections() const { return m_connections->open(); }
+    int connections() const { return m_context.connected; }
 
     void run()
     {
@@ -227,8 +222,6 @@ private:
         settings.address(address)
             .protocol(address.is_v6() ? asio::ip::tcp::v6() : asio::ip::tcp::v4())
             .port(m_settings.port)
-            .logger(m_log)
-            .connection_state_listener(m_connections)
             .max_parallel_connections(m_settings.mostConnections)
             .read_next_http_message_timelimit(m_settings.readTimeout)
             .handle_request_timeout(m_settings.replyTimeout)
@@ -340,24 +333,53 @@ private:
         m_hangup.async_wait([this](const asio::error_code& error, int) {
             if (!error) {
                 m_log.reopen();
+                renewCertificate();
                 awaitHangup();
             }
         });
+    }
+
+    void takeCertificate()
+    {
+        const auto tls = tlsFrom(m_settings.tls);
+        const QString complaint = complaintAbout(*tls, m_settings.tls);
+        if (!complaint.isEmpty()) {
+            m_log.error(complaint);
+        }
+        m_context.setTls(tls);
+    }
+
+    void renewCertificate()
+    {
+        if (m_settings.tls.certificate.isEmpty()) {
+            return;
+        }
+        try {
+            takeCertificate();
+        } catch (const Failure& failure) {
+            m_log.error(
+                QStringLiteral("the service goes on with the old certificate: %1").arg(failure.message()));
+        }
     }
 
     void stop()
     {
         m_stopping = true;
         m_stopBy = Clock::now() + m_settings.stopTimeout;
+        m_arriveBy = Clock::now() + m_settings.arrivalTimeout;
         m_server.close_async([this] { stopWhenIdle(); }, [this](std::exception_ptr) { m_context.stop(); });
     }
 
     void stopWhenIdle()
     {
-        // One interval passes even when nothing is at work: a request may be on its way through the socket.
         m_stopTimer.expires_after(std::chrono::milliseconds(50));
         m_stopTimer.async_wait([this](const asio::error_code&) {
-            if (m_atWork == 0 || Clock::now() > m_stopBy) {
+            const Clock::time_point now = Clock::now();
+            const bool arrives = m_context.unfinished > 0 && now < m_arriveBy;
+            m_idleLooks = m_atWork == 0 && !arrives ? m_idleLooks + 1 : 0;
+            // Twice in a row, as a request that has just come may be on its way from the one count to the
+            // other.
+            if (m_idleLooks == 2 || now > m_stopBy) {
                 m_context.stop();
             } else {
                 stopWhenIdle();
@@ -369,16 +391,38 @@ private:
     RequestHandler m_handler;
     AccessLog& m_log;
     quint16 m_port = 0;
-    std::shared_ptr<ConnectionCount> m_connections = std::make_shared<ConnectionCount>();
     std::atomic<int> m_atWork{0};
     std::atomic<bool> m_stopping{false};
     Clock::time_point m_stopBy;
-    Context m_context;
+    Clock::time_point m_arriveBy;
+    int m_idleLooks = 0;
+    ServerContext m_context;
     restinio::http_server_t<ServerTraits> m_server;
     asio::signal_set m_signals;
     asio::signal_set m_hangup;
     asio::steady_timer m_stopTimer;
 };
+
+int connectionsPossible()
+{
+    // An acceptor that finds no file left takes nobody any more, so that must not come about: there is room
+    // for the workers' files of the database, and for connections that are about to be closed.
+    constexpr int others = 256 + LingeringClose::mostAtATime;
+    constexpr int most = 60000;
+#ifdef __unix__
+    rlimit limit = {};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        rlimit raised = limit;
+        raised.rlim_cur = std::min<rlim_t>(limit.rlim_max, most + others);
+        if (raised.rlim_cur > limit.rlim_cur && ::setrlimit(RLIMIT_NOFILE, &raised) == 0) {
+            limit = raised;
+        }
+        return std::clamp(static_cast<int>(std::min<rlim_t>(limit.rlim_cur, most + others)) - others, 1,
+                          most);
+    }
+#endif
+    return most;
+}
 
 HttpServer::HttpServer(const HttpSettings& settings, RequestHandler handler, AccessLog& log)
     : d(std::make_unique<Private>(settings, std::move(handler), log))

@@ -8,6 +8,20 @@ namespace PlanService {
 
 namespace {
 
+constexpr int longestPage = 1000;
+
+Lane laneOf(const Request& request, const RouteMatch& match)
+{
+    if (request.method != "GET") {
+        return Lane::Write;
+    }
+    bool isNumber = false;
+    const int limit = match.query.value(QStringLiteral("limit")).toInt(&isNumber);
+    const bool isPage = isNumber && limit >= 0 && limit <= longestPage;
+    const bool isCount = match.query.value(QStringLiteral("only_count")) == QLatin1String("true");
+    return match.route->size == ReplySize::Large && !isPage && !isCount ? Lane::Large : Lane::Small;
+}
+
 ApiError busy(const QString& message)
 {
     return ApiError(503, QStringLiteral("busy"), message).withHeader("Retry-After", "1");
@@ -39,7 +53,8 @@ void Service::handle(Request&& request, Respond&& respond)
 
 void Service::enqueue(const std::shared_ptr<Pending>& pending)
 {
-    if (!m_workers.add([this, pending](Store& store) { run(pending, store); })) {
+    if (!m_workers.add([this, pending](Store& store) { run(pending, store); },
+                       laneOf(pending->request, pending->match))) {
         Reply reply = busy(QStringLiteral("too many requests are waiting; try again in a moment")).reply();
         reply.note.route = pending->match.route->pathTemplate;
         pending->respond(std::move(reply));
