@@ -55,3 +55,25 @@ QColor stateColour(int state, const TimeLineSet& set, const QList<QColor>& colou
     const int shown = shownState(state, set);
     return isStatePainted(shown, set) ? colours.value(shown) : QColor();
 }
+
+ElementPaint elementPaint(const SimulationState& state, const TimeLineSet& set, const QList<QColor>& colours)
+{
+    ElementPaint paint;
+    paint.growth = state.growth;
+    paint.colour = stateColour(state.state, set, colours);
+    switch (state.presence) {
+    case SimulationPresence::Growing:
+    case SimulationPresence::Complete:
+        paint.kind = ElementPaint::Solid;
+        paint.share = state.share;
+        break;
+    case SimulationPresence::Absent:
+        if (paint.colour.isValid() &&
+            (state.state == TaskState::NotStarted || state.state == TaskState::NotStartedLate))
+            paint.kind = ElementPaint::Hint;
+        break;
+    case SimulationPresence::Hidden:
+        break;
+    }
+    return paint;
+}

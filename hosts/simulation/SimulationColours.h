@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TaskState.h"
+#include "SimulationState.h"
 
 #include <setting/KvTimeLineSet.h>
 
@@ -21,3 +21,21 @@ void setStateFlag(int state, bool isOn, TimeLineSet& set);
 /// material, and one that is not built yet is not to be seen at all.
 /// @param colours those of KvPlanSetting::GetSimulateColor()
 QColor stateColour(int state, const TimeLineSet& set, const QList<QColor>& colours);
+
+/// How an element is to be drawn.
+struct ElementPaint
+{
+    enum Kind
+    {
+        Nothing, ///< not at all
+        Hint,    ///< as a hint of what is to come, in the colour
+        Solid,   ///< the share that stands
+    };
+    Kind kind = Nothing;
+    double share = 0.0; ///< of a solid one, from where it grows
+    Kv::QGrowthType growth = Kv::GrowBottomToTop;
+    QColor colour; ///< invalid: that of its material; always valid for a hint
+};
+
+/// What is not built yet is hinted at as long as its state is painted; what was taken down is gone.
+ElementPaint elementPaint(const SimulationState& state, const TimeLineSet& set, const QList<QColor>& colours);

@@ -14,6 +14,38 @@ QString filePath()
     return GetSettings()->settingsDirectory() + QStringLiteral("/planviewer.ini");
 }
 
+QString groupOf(const QString& planId)
+{
+    return QStringLiteral("simulation-") + QString::fromLatin1(planId.toUtf8().toPercentEncoding());
+}
+
+// Words, so that the file can be read; the first is that of the value unless another was chosen.
+constexpr const char* viewWords[] = {"both", "planned", "actual"};
+constexpr SimulationViews viewValues[] = {SimulationViews::Both, SimulationViews::Planned,
+                                          SimulationViews::Actual};
+constexpr const char* shareWords[] = {"progress", "time"};
+constexpr SimulationShare shareValues[] = {SimulationShare::ByProgress, SimulationShare::ByTime};
+
+template<class Value, std::size_t count>
+Value valueOf(const QString& word, const char* const (&words)[count], const Value (&values)[count])
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        if (word == QLatin1String(words[i]))
+            return values[i];
+    }
+    return values[0];
+}
+
+template<class Value, std::size_t count>
+QString wordOf(Value value, const char* const (&words)[count], const Value (&values)[count])
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        if (value == values[i])
+            return QString::fromLatin1(words[i]);
+    }
+    return {};
+}
+
 bool isSame(const TimeLineSet& a, const TimeLineSet& b)
 {
     for (int state = 0; state < TaskState::count; ++state) {
@@ -39,8 +71,56 @@ void SimulationSettings::setPlan(const QString& planId)
     m_set = TimeLineSet();
     // Also asked for the sake of other plans: a library that has not read the file would drop theirs.
     KvPlanSetting::instance()->GetSimulateSetting(planId, m_set);
+    readPlan();
     Q_EMIT setChanged();
+    Q_EMIT viewsChanged();
     Q_EMIT floorHeightsChanged();
+    Q_EMIT modelFileChanged();
+}
+
+void SimulationSettings::readPlan()
+{
+    QSettings file(filePath(), QSettings::IniFormat);
+    file.beginGroup(groupOf(m_planId));
+    m_views = valueOf(file.value(QStringLiteral("views")).toString(), viewWords, viewValues);
+    m_share = valueOf(file.value(QStringLiteral("share")).toString(), shareWords, shareValues);
+    m_modelFile = file.value(QStringLiteral("model")).toString();
+}
+
+void SimulationSettings::writePlan(const char* key, const QString& value)
+{
+    if (m_planId.isEmpty())
+        return;
+    QSettings file(filePath(), QSettings::IniFormat);
+    file.beginGroup(groupOf(m_planId));
+    file.setValue(QLatin1String(key), value);
+}
+
+void SimulationSettings::setViews(SimulationViews views)
+{
+    if (views == m_views)
+        return;
+    m_views = views;
+    writePlan("views", wordOf(views, viewWords, viewValues));
+    Q_EMIT viewsChanged();
+}
+
+void SimulationSettings::setShare(SimulationShare share)
+{
+    if (share == m_share)
+        return;
+    m_share = share;
+    writePlan("share", wordOf(share, shareWords, shareValues));
+    Q_EMIT viewsChanged();
+}
+
+void SimulationSettings::setModelFile(const QString& path)
+{
+    if (path == m_modelFile)
+        return;
+    m_modelFile = path;
+    writePlan("model", path);
+    Q_EMIT modelFileChanged();
 }
 
 void SimulationSettings::setSet(const TimeLineSet& set)

@@ -6,6 +6,14 @@
 #include <QtCore/QObject>
 #include <QtCore/QStringList>
 
+/// Which dates are seen.
+enum class SimulationViews
+{
+    Planned,
+    Actual,
+    Both, ///< side by side
+};
+
 /// The settings of the simulation as the library keeps them for the user: those of one plan, the colours of
 /// the states for all, and the heights of floors. One object for all that shows a simulation, so that a
 /// change is seen everywhere; each change is kept at once.
@@ -16,7 +24,7 @@ class SimulationSettings : public QObject
 public:
     explicit SimulationSettings(QObject* parent = nullptr);
 
-    /// Reads the settings of a plan, the default ones when it has none.
+    /// Reads the settings of a plan, the default ones when it has none. All is told to have changed.
     void setPlan(const QString& planId);
     const QString& planId() const { return m_planId; }
     const TimeLineSet& set() const { return m_set; }
@@ -30,6 +38,18 @@ public:
     void setColour(int state, const QColor& colour);
 
     static constexpr double defaultFloorHeight = 3.0; ///< the library's
+    // What the library has no place for: kept in "planviewer.ini" of the settings folder, for each plan its
+    // own.
+
+    SimulationViews views() const { return m_views; } ///< both unless another was chosen
+    void setViews(SimulationViews views);
+    /// What unfinished tasks have built, by their actual dates; by progress unless another was chosen.
+    SimulationShare share() const { return m_share; }
+    void setShare(SimulationShare share);
+    /// Path of the file with the building's geometry; empty when none was chosen.
+    const QString& modelFile() const { return m_modelFile; }
+    void setModelFile(const QString& path);
+
     /// In the model's unit of length; 3.0 unless another is set. The library keeps them in memory; here they
     /// are written into "planviewer.ini" of the settings folder too, for each plan its own.
     double floorHeight(const QString& floor) const;
@@ -43,13 +63,21 @@ Q_SIGNALS:
     void setChanged();
     void coloursChanged();
     void floorHeightsChanged();
+    /// Which dates are seen, or what unfinished tasks have built.
+    void viewsChanged();
+    void modelFileChanged();
 
 private:
     QString floorKey(const QString& floor) const;
+    void readPlan();
+    void writePlan(const char* key, const QString& value);
     void readFloorHeights();
     void writeFloorHeights(const QMap<QString, double>& heights);
 
     QString m_planId;
     TimeLineSet m_set;
+    SimulationViews m_views = SimulationViews::Both;
+    SimulationShare m_share = SimulationShare::ByProgress;
+    QString m_modelFile;
     QMap<QString, double> m_floorHeights; // as in the file, by floorKey()
 };

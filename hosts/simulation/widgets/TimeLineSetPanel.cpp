@@ -4,6 +4,7 @@
 #include "StateLegend.h"
 
 #include <QtWidgets/QCheckBox>
+#include <QtWidgets/QComboBox>
 #include <QtWidgets/QDateTimeEdit>
 #include <QtWidgets/QDoubleSpinBox>
 #include <QtWidgets/QFormLayout>
@@ -11,6 +12,8 @@
 TimeLineSetPanel::TimeLineSetPanel(SimulationSettings* settings, QWidget* parent)
     : QWidget(parent)
     , m_settings(settings)
+    , m_views(new QComboBox)
+    , m_share(new QComboBox)
     , m_speed(new QDoubleSpinBox)
     , m_usePlanTime(new QCheckBox(tr("Dates of the &plan")))
     , m_start(new QDateTimeEdit)
@@ -19,6 +22,15 @@ TimeLineSetPanel::TimeLineSetPanel(SimulationSettings* settings, QWidget* parent
     , m_stateColours(new QCheckBox(tr("Paint by &state")))
     , m_legend(new StateLegend(settings))
 {
+    m_views->setObjectName(QStringLiteral("views"));
+    m_views->setToolTip(tr("Which dates the building follows"));
+    m_views->addItem(tr("Planned and actual"), static_cast<int>(SimulationViews::Both));
+    m_views->addItem(tr("Planned"), static_cast<int>(SimulationViews::Planned));
+    m_views->addItem(tr("Actual"), static_cast<int>(SimulationViews::Actual));
+    m_share->setObjectName(QStringLiteral("share"));
+    m_share->setToolTip(tr("What tasks that are not finished have built, by their actual dates"));
+    m_share->addItem(tr("As reported"), static_cast<int>(SimulationShare::ByProgress));
+    m_share->addItem(tr("As time goes"), static_cast<int>(SimulationShare::ByTime));
     m_speed->setObjectName(QStringLiteral("daysPerSecond"));
     m_speed->setRange(SimulationClock::slowest, SimulationClock::fastest);
     m_speed->setDecimals(2);
@@ -42,6 +54,8 @@ TimeLineSetPanel::TimeLineSetPanel(SimulationSettings* settings, QWidget* parent
 
     auto* const form = new QFormLayout(this);
     form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+    form->addRow(tr("Dat&es"), m_views);
+    form->addRow(tr("&Unfinished"), m_share);
     form->addRow(tr("Spee&d"), m_speed);
     form->addRow(m_usePlanTime);
     form->addRow(tr("&From"), m_start);
@@ -71,8 +85,14 @@ TimeLineSetPanel::TimeLineSetPanel(SimulationSettings* settings, QWidget* parent
     flag(m_usePlanTime, &TimeLineSet::UsePlanTime);
     flag(m_delays, &TimeLineSet::DisplayDelay);
     flag(m_stateColours, &TimeLineSet::DisplayStateColor);
+    connect(m_views, qOverload<int>(&QComboBox::currentIndexChanged), this,
+            [this] { m_settings->setViews(static_cast<SimulationViews>(m_views->currentData().toInt())); });
+    connect(m_share, qOverload<int>(&QComboBox::currentIndexChanged), this,
+            [this] { m_settings->setShare(static_cast<SimulationShare>(m_share->currentData().toInt())); });
     connect(m_settings, &SimulationSettings::setChanged, this, &TimeLineSetPanel::showSet);
+    connect(m_settings, &SimulationSettings::viewsChanged, this, &TimeLineSetPanel::showViews);
     showSet();
+    showViews();
 }
 
 void TimeLineSetPanel::setPlanPeriod(const SimulationPeriod& period)
@@ -96,6 +116,14 @@ void TimeLineSetPanel::showSet()
     m_finish->setDateTime(shown.finish);
     m_start->setEnabled(!set.UsePlanTime);
     m_finish->setEnabled(!set.UsePlanTime);
+}
+
+void TimeLineSetPanel::showViews()
+{
+    const QSignalBlocker quiet[] = {QSignalBlocker(m_views), QSignalBlocker(m_share)};
+    m_views->setCurrentIndex(m_views->findData(static_cast<int>(m_settings->views())));
+    m_share->setCurrentIndex(m_share->findData(static_cast<int>(m_settings->share())));
+    m_share->setEnabled(m_settings->views() != SimulationViews::Planned);
 }
 
 void TimeLineSetPanel::takeSpeed()

@@ -5,13 +5,15 @@
 #include <QtWidgets/QWidget>
 
 class QCheckBox;
+class QComboBox;
 class QDateTimeEdit;
 class QDoubleSpinBox;
 class SimulationSettings;
 class StateLegend;
 
 /// A control for every setting of a plan's simulation: the speed, the period, whether delays are shown,
-/// whether elements are painted by state, and which states are; with the legend of the states.
+/// whether elements are painted by state, and which states are; with the legend of the states. Also which
+/// dates are seen, and what unfinished tasks have built.
 class TimeLineSetPanel : public QWidget
 {
     Q_OBJECT
@@ -26,10 +28,13 @@ public:
 
 private:
     void showSet();
+    void showViews();
     void takeSpeed();
 
     SimulationSettings* m_settings;
     SimulationPeriod m_planPeriod;
+    QComboBox* m_views;
+    QComboBox* m_share;
     QDoubleSpinBox* m_speed;
     QCheckBox* m_usePlanTime;
     QDateTimeEdit* m_start;

@@ -15,6 +15,7 @@
 #include <QtTest/QtTest>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QCheckBox>
+#include <QtWidgets/QComboBox>
 #include <QtWidgets/QDateTimeEdit>
 #include <QtWidgets/QDoubleSpinBox>
 #include <QtWidgets/QLabel>
@@ -72,6 +73,9 @@ QJsonObject toldSettings()
             {QStringLiteral("displayStateColor"), set.DisplayStateColor},
             {QStringLiteral("flags"), flags},
             {QStringLiteral("colours"), colours},
+            {QStringLiteral("views"), int(settings.views())},
+            {QStringLiteral("share"), int(settings.share())},
+            {QStringLiteral("model"), settings.modelFile()},
             {QStringLiteral("F1"), settings.floorHeight(QStringLiteral("F1"))},
             {QStringLiteral("F2"), settings.floorHeight(QStringLiteral("F2"))}};
 }
@@ -94,6 +98,9 @@ private Q_SLOTS:
         settings.setPlan(tower);
         settings.setSet(TimeLineSet());
         settings.setColours(settings.defaultColours());
+        settings.setViews(SimulationViews::Both);
+        settings.setShare(SimulationShare::ByProgress);
+        settings.setModelFile(QString());
         settings.resetFloorHeights({QStringLiteral("F1"), QStringLiteral("F2")});
     }
 
@@ -295,6 +302,32 @@ private Q_SLOTS:
         QVERIFY(!part<QCheckBox>(panel, "paintState3")->isEnabled());
     }
 
+    void whichDatesAreSeen()
+    {
+        SimulationSettings settings;
+        settings.setPlan(tower);
+        QSignalSpy changes(&settings, &SimulationSettings::viewsChanged);
+        TimeLineSetPanel panel(&settings);
+        auto* const views = part<QComboBox>(panel, "views");
+        auto* const share = part<QComboBox>(panel, "share");
+        QVERIFY(settings.views() == SimulationViews::Both);
+        QTest::keyClick(views, Qt::Key_Down);
+        QVERIFY(settings.views() == SimulationViews::Planned);
+        QVERIFY(!share->isEnabled()); // a plan knows no unfinished tasks
+        QTest::keyClick(views, Qt::Key_Down);
+        QVERIFY(settings.views() == SimulationViews::Actual);
+        QVERIFY(settings.share() == SimulationShare::ByProgress);
+        QTest::keyClick(share, Qt::Key_Down);
+        QVERIFY(settings.share() == SimulationShare::ByTime);
+        QCOMPARE(changes.size(), 3);
+        settings.setPlan(QStringLiteral("plan-other"));
+        QCOMPARE(views->currentIndex(), 0);
+        QCOMPARE(share->currentIndex(), 0);
+        settings.setPlan(tower);
+        QVERIFY(settings.views() == SimulationViews::Actual);
+        QCOMPARE(share->currentIndex(), 1);
+    }
+
     void aPeriodOfItsOwn()
     {
         SimulationSettings settings;
@@ -452,11 +485,17 @@ private Q_SLOTS:
         settings.setSet(set);
         settings.setColour(3, QColor(10, 20, 30, 40));
         settings.setFloorHeight(QStringLiteral("F2"), 3.6);
+        settings.setViews(SimulationViews::Actual);
+        settings.setShare(SimulationShare::ByTime);
+        settings.setModelFile(QStringLiteral("/models/塔楼.gltf"));
         const QJsonObject told = afterRestart();
         QVERIFY(!told.isEmpty());
         QCOMPARE(told, toldSettings());
         QCOMPARE(told.value(QLatin1String("speed")).toDouble(), 2.25);
         QCOMPARE(told.value(QLatin1String("F2")).toDouble(), 3.6);
+        QCOMPARE(told.value(QLatin1String("views")).toInt(), int(SimulationViews::Actual));
+        QCOMPARE(told.value(QLatin1String("share")).toInt(), int(SimulationShare::ByTime));
+        QCOMPARE(told.value(QLatin1String("model")).toString(), QStringLiteral("/models/塔楼.gltf"));
         QCOMPARE(told.value(QLatin1String("F1")).toDouble(), 3.0);
         QCOMPARE(told.value(QLatin1String("colours")).toArray().at(3).toString(),
                  QStringLiteral("#280a141e"));

@@ -51,8 +51,8 @@ private Q_SLOTS:
         KvBaseApi::GetInstance().setBaseApi(m_service.baseUrl());
         GetSoftCache()->setCurrentProjectId(seeded.value(QLatin1String("projectId")).toString());
         SetSettingsDirectory(m_folder.path());
-        QVERIFY(KvPlanData::instance()->getPlanNodesByPlanId(
-            seeded.value(QLatin1String("planId")).toString(), m_nodes));
+        QVERIFY(KvPlanData::instance()->getPlanNodesByPlanId(seeded.value(QLatin1String("planId")).toString(),
+                                                             m_nodes));
         for (const KvPlanNode& node : qAsConst(m_nodes))
             m_list.append(&node);
         QFile file(model);

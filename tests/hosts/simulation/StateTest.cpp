@@ -440,6 +440,41 @@ private Q_SLOTS:
         QCOMPARE(stateColour(state, set, colours), colour < 0 ? QColor() : colours.at(colour));
     }
 
+    void paint_data()
+    {
+        QTest::addColumn<SimulationPresence>("presence");
+        QTest::addColumn<int>("state");
+        QTest::addColumn<bool>("painted");
+        QTest::addColumn<int>("kind");
+        QTest::newRow("not built yet") << Absent << 0 << true << int(ElementPaint::Hint);
+        QTest::newRow("late to begin") << Absent << 1 << true << int(ElementPaint::Hint);
+        QTest::newRow("not built yet, not painted") << Absent << 0 << false << int(ElementPaint::Nothing);
+        QTest::newRow("taken down") << Absent << 4 << true << int(ElementPaint::Nothing);
+        QTest::newRow("taken down late") << Absent << 6 << true << int(ElementPaint::Nothing);
+        QTest::newRow("growing") << Growing << 2 << true << int(ElementPaint::Solid);
+        QTest::newRow("growing, not painted") << Growing << 2 << false << int(ElementPaint::Solid);
+        QTest::newRow("complete") << Complete << 4 << true << int(ElementPaint::Solid);
+        QTest::newRow("standing until it is taken down") << Complete << 0 << true << int(ElementPaint::Solid);
+        QTest::newRow("hidden") << Hidden << 4 << true << int(ElementPaint::Nothing);
+        QTest::newRow("hidden before it starts") << Hidden << 0 << true << int(ElementPaint::Nothing);
+    }
+    void paint()
+    {
+        QFETCH(SimulationPresence, presence);
+        QFETCH(int, state);
+        QFETCH(bool, painted);
+        QList<QColor> colours;
+        for (int i = 0; i < TaskState::count; ++i)
+            colours.append(QColor(i, 100, 200));
+        TimeLineSet set;
+        set.DisplayStateColor = painted;
+        const ElementPaint paint = elementPaint({presence, 0.375, state, Kv::GrowLeftToRight}, set, colours);
+        QTEST(int(paint.kind), "kind");
+        QCOMPARE(paint.growth, Kv::GrowLeftToRight);
+        QCOMPARE(paint.colour, painted ? colours.at(state) : QColor());
+        QCOMPARE(paint.share, paint.kind == ElementPaint::Solid ? 0.375 : 0.0);
+    }
+
     void eachFlagIsItsStates()
     {
         TimeLineSet set;
