@@ -1150,6 +1150,42 @@
         <source>&amp;To</source>
         <translation>到(&amp;T)</translation>
     </message>
+    <message>
+        <source>Which dates the building follows</source>
+        <translation>建筑按哪种日期生长</translation>
+    </message>
+    <message>
+        <source>Planned and actual</source>
+        <translation>计划与实际</translation>
+    </message>
+    <message>
+        <source>Planned</source>
+        <translation>计划</translation>
+    </message>
+    <message>
+        <source>Actual</source>
+        <translation>实际</translation>
+    </message>
+    <message>
+        <source>What tasks that are not finished have built, by their actual dates</source>
+        <translation>未完成任务按实际日期已建成的部分</translation>
+    </message>
+    <message>
+        <source>As reported</source>
+        <translation>按上报进度</translation>
+    </message>
+    <message>
+        <source>As time goes</source>
+        <translation>按时间推移</translation>
+    </message>
+    <message>
+        <source>Dat&amp;es</source>
+        <translation>日期(&amp;E)</translation>
+    </message>
+    <message>
+        <source>&amp;Unfinished</source>
+        <translation>未完成(&amp;U)</translation>
+    </message>
 </context>
 <context>
     <name>main</name>
