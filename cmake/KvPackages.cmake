@@ -40,6 +40,8 @@ if(TARGET kvplan)
 endif()
 if(TARGET planviewer)
     kv_package(planviewer "Plans of the schedule service in a window" libkvplandata)
+    # Loaded when they are needed, so that nothing links them.
+    set(CPACK_DEBIAN_PLANVIEWER_PACKAGE_DEPENDS "qt3d-assimpsceneimport-plugin, qt3d-gltfsceneio-plugin")
 endif()
 if(TARGET planservice)
     kv_package(planservice "The schedule service")
