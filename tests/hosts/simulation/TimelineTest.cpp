@@ -349,8 +349,9 @@ private Q_SLOTS:
         timeline.moveTo(day(5001));
         QElapsedTimer timer;
         timer.start();
+        int changed = 0;
         for (int i = 0; i < 5000; ++i)
-            QCOMPARE(timeline.moveTo(day(5001).addSecs(i + 1)).size(), 0);
+            changed += timeline.moveTo(day(5001).addSecs(i + 1)).size();
         const qint64 moves = timer.nsecsElapsed();
         timer.restart();
         int complete = 0;
@@ -359,6 +360,7 @@ private Q_SLOTS:
                 complete += timeline.stateAt(i, day(5001)).presence == SimulationPresence::Complete ? 1 : 0;
         }
         const qint64 all = timer.nsecsElapsed();
+        QCOMPARE(changed, 0);
         QCOMPARE(complete, 5 * 10 * 2501);
         QVERIFY2(moves < all, qPrintable(QStringLiteral("%1 ns and %2 ns").arg(moves).arg(all)));
     }
