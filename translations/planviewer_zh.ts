@@ -147,6 +147,13 @@
     </message>
 </context>
 <context>
+    <name>GraphicsCheck</name>
+    <message>
+        <source>the building cannot be shown: there is no OpenGL 3.2 here; everything else works; to see it, use a desktop with a graphics driver or set LIBGL_ALWAYS_SOFTWARE=1</source>
+        <translation>无法显示建筑：此处没有 OpenGL 3.2；其他功能均可使用；如需查看，请使用带显卡驱动的桌面，或设置 LIBGL_ALWAYS_SOFTWARE=1</translation>
+    </message>
+</context>
+<context>
     <name>MainWindow</name>
     <message>
         <source>&amp;Plan</source>
@@ -359,6 +366,72 @@
     <message>
         <source>No task contains &quot;%1&quot;.</source>
         <translation>没有任务包含“%1”。</translation>
+    </message>
+</context>
+<context>
+    <name>ModelFile</name>
+    <message>
+        <source>Building models (*.gltf *.glb *.obj)</source>
+        <translation>建筑模型 (*.gltf *.glb *.obj)</translation>
+    </message>
+    <message>
+        <source>there is no model file %1; choose another one</source>
+        <translation>没有模型文件 %1；请另选一个</translation>
+    </message>
+    <message>
+        <source>%1 is no file; choose a model file (.gltf, .glb or .obj)</source>
+        <translation>%1 不是文件；请选择模型文件（.gltf、.glb 或 .obj）</translation>
+    </message>
+    <message>
+        <source>%1 is no model file by its name; choose a .gltf, .glb or .obj file</source>
+        <translation>从名称看 %1 不是模型文件；请选择 .gltf、.glb 或 .obj 文件</translation>
+    </message>
+    <message>
+        <source>the model file %1 is empty; export the model again</source>
+        <translation>模型文件 %1 是空的；请重新导出模型</translation>
+    </message>
+    <message>
+        <source>the model file %1 has %2 MB, more than the %3 MB that are read; export the model without details that the schedule does not name</source>
+        <translation>模型文件 %1 有 %2 MB，超过可读取的 %3 MB；请导出不含进度计划未涉及细节的模型</translation>
+    </message>
+    <message>
+        <source>the model file %1 cannot be read: %2; check its permissions</source>
+        <translation>无法读取模型文件 %1：%2；请检查其权限</translation>
+    </message>
+    <message>
+        <source>the file %1 holds no building model; choose a glTF or OBJ file</source>
+        <translation>文件 %1 中没有建筑模型；请选择 glTF 或 OBJ 文件</translation>
+    </message>
+</context>
+<context>
+    <name>ModelReader</name>
+    <message>
+        <source>reading the model file %1 was given up after %2 minutes; export the model without details that the schedule does not name</source>
+        <translation>读取模型文件 %1 超过 %2 分钟后已放弃；请导出不含进度计划未涉及细节的模型</translation>
+    </message>
+    <message>
+        <source>the program %1, which reads model files, cannot be started; install planviewer again</source>
+        <translation>无法启动读取模型文件的程序 %1；请重新安装 planviewer</translation>
+    </message>
+    <message>
+        <source>the model file %1 cannot be read: the importer failed at it; export the model again, as glTF 2.0 or OBJ</source>
+        <translation>无法读取模型文件 %1：导入程序出错；请以 glTF 2.0 或 OBJ 重新导出模型</translation>
+    </message>
+    <message>
+        <source>the file %1 holds no building model that can be read; export the model again, as glTF 2.0 or OBJ</source>
+        <translation>文件 %1 中没有可读取的建筑模型；请以 glTF 2.0 或 OBJ 重新导出模型</translation>
+    </message>
+    <message>
+        <source>the model file %1 holds no triangles; export the model with its geometry</source>
+        <translation>模型文件 %1 中没有三角形；请连同几何一起导出模型</translation>
+    </message>
+    <message>
+        <source>the model file %1 cannot be read without OpenGL 3.2; use a desktop with a graphics driver or set LIBGL_ALWAYS_SOFTWARE=1</source>
+        <translation>没有 OpenGL 3.2 无法读取模型文件 %1；请使用带显卡驱动的桌面，或设置 LIBGL_ALWAYS_SOFTWARE=1</translation>
+    </message>
+    <message>
+        <source>reading the model file %1 broke off; try again with fewer programs running</source>
+        <translation>读取模型文件 %1 中断；请关闭一些程序后重试</translation>
     </message>
 </context>
 <context>
