@@ -4,7 +4,8 @@
     check-messages.py SOURCE-DIRECTORY docs/errors.md not-errors.txt
 
 Messages are the texts of the programs' sources that begin like a sentence in small letters and have four words at
-least; help begins with a capital letter. What is none all the same stands in not-errors.txt, one a line. Of either
+least; help begins with a capital letter. In windows, where labels begin with one too, they are the translated texts that
+end like a sentence. What is none all the same stands in not-errors.txt, one a line. Of either
 list, what the sources no longer have is a fault too. Placeholders read as an ellipsis.
 """
 
@@ -14,6 +15,7 @@ import sys
 
 FOLDERS = ["backend", "hosts", "platform/network"]
 LITERAL = re.compile(r'"((?:[^"\\\n]|\\.)*)"')
+TRANSLATED = re.compile(r'\b(?:tr|translate|QT_TR_NOOP|QT_TRANSLATE_NOOP)\(\s*(?:"\w+",\s*)?"((?:[^"\\\n]|\\.)*)"')
 SQL = re.compile(r"\b(SELECT|CASE|WHEN|EXISTS|INSERT|UPDATE|DELETE|CREATE|WHERE|ORDER BY|PRAGMA|BEGIN|ALTER|AND|OR|NOT|"
                  r"json_\w+|coalesce|nullif|iif|substr|count)\b\s*[('A-Za-z%]")
 
@@ -33,6 +35,10 @@ def is_message(text):
     return len(re.findall(r"[A-Za-z]{2,}|\ba\b", text)) >= 4 and len(text.split()) >= 4
 
 
+def is_sentence(literal):
+    return literal.endswith((".", "?")) and " " in literal
+
+
 def messages(root):
     found = {}
     for folder in FOLDERS:
@@ -44,6 +50,8 @@ def messages(root):
                 text = readable(literal)
                 if is_message(text):
                     found.setdefault(text, file.relative_to(root))
+            for literal in filter(is_sentence, TRANSLATED.findall(source)):
+                found.setdefault(readable(literal), file.relative_to(root))
     return found
 
 
