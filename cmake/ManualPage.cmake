@@ -1,8 +1,18 @@
-# Fills a manual page's @COMMANDS@ with what the program itself says of each of its commands.
+# Fills a manual page's @COMMANDS@ with what the program itself says of each of its commands, or @OPTIONS@ with its
+# options where it has no commands.
 #     cmake -DPROGRAM=... -DIN=....1.in -DOUT=....1 -DVERSION=... -P ManualPage.cmake
 function(help_of result)
     execute_process(COMMAND ${PROGRAM} ${ARGN} --help OUTPUT_VARIABLE help COMMAND_ERROR_IS_FATAL ANY)
     set(${result} "${help}" PARENT_SCOPE)
+endfunction()
+
+# The text as it stands: what roff would take for its own is escaped.
+function(escape result text)
+    string(REPLACE "\\" "\\e" text "${text}")
+    string(REPLACE "-" "\\-" text "${text}")
+    string(REPLACE "\n." "\n\\&." text "${text}")
+    string(REPLACE "\n'" "\n\\&'" text "${text}")
+    set(${result} "${text}" PARENT_SCOPE)
 endfunction()
 
 help_of(overview)
@@ -12,15 +22,16 @@ foreach(line IN LISTS lines)
     string(REGEX MATCH "^\n  ([a-z-]+) +(.*)$" line "${line}")
     set(command "${CMAKE_MATCH_1}")
     help_of(text ${command})
-    # The text as it stands: what roff would take for its own is escaped.
-    string(REPLACE "\\" "\\e" text "${text}")
-    string(REPLACE "-" "\\-" text "${text}")
-    string(REPLACE "\n." "\n\\&." text "${text}")
-    string(REPLACE "\n'" "\n\\&'" text "${text}")
+    escape(text "${text}")
     string(REPLACE "-" "\\-" heading "${command}")
     string(APPEND COMMANDS ".SS ${heading}\n.in 1n\n.nf\n${text}.fi\n.in\n")
 endforeach()
-if(NOT COMMANDS)
-    message(FATAL_ERROR "${PROGRAM} --help lists no commands")
+set(OPTIONS "")
+if(overview MATCHES "\nOptions:\n(.*)$")
+    escape(text "\n${CMAKE_MATCH_1}")
+    set(OPTIONS ".in 1n\n.nf${text}.fi\n.in")
+endif()
+if(NOT COMMANDS AND NOT OPTIONS)
+    message(FATAL_ERROR "${PROGRAM} --help lists neither commands nor options")
 endif()
 configure_file("${IN}" "${OUT}" @ONLY)

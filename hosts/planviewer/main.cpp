@@ -16,6 +16,8 @@
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QPushButton>
 
+#include <algorithm>
+
 namespace {
 
 bool askAgain(const QString& failure)
@@ -49,15 +51,32 @@ KvPlan planOf(const MainWindow& window, const QString& id)
     return {};
 }
 
+// Also what a report of a fault should name: how this copy was built, and which Qt it runs on.
+QString versionText()
+{
+    return QStringLiteral(PLANVIEWER_VERSION "\nQt %1, built with " QT_VERSION_STR "\n" KV_BUILD_FACTS)
+        .arg(QLatin1String(qVersion()));
+}
+
+bool asksForText(int argc, const char* const* argv)
+{
+    return std::any_of(argv + 1, argv + argc, [](const char* argument) {
+        const QByteArray text = QByteArray::fromRawData(argument, int(qstrlen(argument)));
+        return text == "-h" || text == "--help" || text == "-v" || text == "--version";
+    });
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
+    if (asksForText(argc, argv))
+        qputenv("QT_QPA_PLATFORM", "offscreen"); // a text needs no display
     QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("planviewer"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(PLANVIEWER_VERSION));
+    QCoreApplication::setApplicationVersion(versionText());
 
     QCommandLineParser line;
     line.setApplicationDescription(QStringLiteral("Shows and edits the plans of the schedule service."));
