@@ -64,6 +64,7 @@ install(FILES
     examples/CMakeLists.txt examples/edit_and_save.cpp examples/import_schedule.cpp examples/read_plan.cpp
     examples/settings.cpp
     DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples")
+install(FILES LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 
 # The programs' manual pages and what the shell completes of them. Both come from what the programs say of themselves.
 function(kv_document_program program)
@@ -76,6 +77,10 @@ function(kv_document_program program)
             "-DIN=${PROJECT_SOURCE_DIR}/packaging/man/${program}.1.in" "-DOUT=${page}"
             -P "${PROJECT_SOURCE_DIR}/cmake/ManualPage.cmake"
         DEPENDS ${program} packaging/man/${program}.1.in cmake/ManualPage.cmake VERBATIM)
+    if(CMAKE_INSTALL_PREFIX STREQUAL "/usr") # Debian has its manual pages compressed
+        add_custom_command(OUTPUT "${page}.gz" COMMAND gzip -9nkf "${page}" DEPENDS "${page}" VERBATIM)
+        set(page "${page}.gz")
+    endif()
     add_custom_target(${program}_page ALL DEPENDS "${page}")
     install(FILES "${page}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT ${program})
     install(FILES packaging/completion/kvplan RENAME ${program}
@@ -83,7 +88,7 @@ function(kv_document_program program)
 endfunction()
 
 if(NOT CMAKE_CROSSCOMPILING AND NOT WIN32)
-    foreach(program IN ITEMS kvplan planservice)
+    foreach(program IN ITEMS kvplan planservice planviewer)
         if(TARGET ${program})
             kv_document_program(${program})
         endif()
@@ -92,7 +97,8 @@ if(NOT CMAKE_CROSSCOMPILING AND NOT WIN32)
         install(FILES packaging/planservice.service DESTINATION lib/systemd/system COMPONENT planservice)
     endif()
     if(TARGET planviewer)
-        install(TARGETS planviewer COMPONENT planviewer)
+        install(FILES packaging/planviewer.desktop DESTINATION "${CMAKE_INSTALL_DATADIR}/applications"
+            COMPONENT planviewer)
     endif()
     if(PROJECT_IS_TOP_LEVEL)
         include(KvPackages)

@@ -21,7 +21,7 @@ fail() {
 }
 
 files=("$packages"/*.deb)
-for package in libkvplandata libkvplandata-dev kvplan planservice; do
+for package in libkvplandata libkvplandata-dev kvplan planservice planviewer; do
     found=("$packages/${package}"_*.deb)
     [ ${#found[@]} -eq 1 ] || fail "there are ${#found[@]} packages $package in $packages"
 done
@@ -52,9 +52,9 @@ case $where in
         chroot "$work/root" sh -c 'apt-get install -y -qq --no-install-recommends /packages/*.deb g++ cmake make' \
             >"$work/apt.log" 2>&1 || { tail -n 20 "$work/apt.log" >&2; fail "the packages do not install"; }
         chroot "$work/root" "/packages/${self##*/}" /packages --here
-        chroot "$work/root" sh -c 'apt-get purge -y -qq kvplan planservice libkvplandata libkvplandata-dev' \
+        chroot "$work/root" sh -c 'apt-get purge -y -qq kvplan planservice planviewer libkvplandata libkvplandata-dev' \
             >"$work/apt.log" 2>&1 || { tail -n 20 "$work/apt.log" >&2; fail "the packages do not go away"; }
-        left=$(find "$work/root/usr" -iname '*kvplan*' -o -iname '*planservice*')
+        left=$(find "$work/root/usr" -iname '*kvplan*' -o -iname '*planservice*' -o -iname '*planviewer*')
         [ -z "$left" ] || fail "left behind: $left"
         echo "smoke-test: installed into a clean root, tried and removed"
         exit 0
@@ -64,9 +64,14 @@ esac
 kvplan=$prefix/bin/kvplan service=$prefix/bin/planservice
 "$kvplan" --version
 "$service" --version
-for page in kvplan planservice; do
-    [ -s "$prefix/share/man/man1/$page.1" ] || fail "there is no manual page $page"
+for page in kvplan planservice planviewer; do
+    gzip -dc "$prefix/share/man/man1/$page.1.gz" | grep -q '^\.TH ' || fail "there is no manual page $page"
     bash -n "$prefix/share/bash-completion/completions/$page"
+done
+for file in "${files[@]}"; do
+    name=$(dpkg-deb -f "$file" Package)
+    # A root for containers may leave out what packages bring to share/doc, but for the copyright.
+    grep -q 'KvPlanData developers' "$prefix/share/doc/$name/copyright" || fail "$name tells no copyright"
 done
 grep -q '^ExecStart=/usr/bin/planservice serve ' "$prefix/lib/systemd/system/planservice.service" ||
     fail "the unit does not start the service"
@@ -80,9 +85,10 @@ read -r ready <"$work/ready" || { cat "$work/log" >&2; fail "the service does no
 export KV_BASE_API=${ready##* } KV_PROJECT_ID=sample-project KV_SETTINGS_DIR=$work/settings
 "$kvplan" plans | grep -q "$plan" || fail "kvplan does not list the plan"
 [ "$("$kvplan" show "$plan" --json | tr ',' '\n' | grep -c '"uniqueId"')" -eq 395 ] || fail "kvplan does not read the tasks"
-if [ -x "$prefix/bin/planviewer" ]; then
-    QT_QPA_PLATFORM=offscreen "$prefix/bin/planviewer" --version
-fi
+"$prefix/bin/planviewer" --version
+KV_PROJECT_ID=sample-project QT_QPA_PLATFORM=offscreen "$prefix/bin/planviewer" --language en --plan "$plan" \
+    --gantt "$work/gantt.svg"
+grep -q '<svg' "$work/gantt.svg" || fail "planviewer does not draw the plan"
 
 # A program of somebody else's, against the installed headers and package.
 mkdir "$work/program"
