@@ -20,6 +20,11 @@ mkdir -p "$work/usr/bin" "$work/var/lib/$(value_of StateDirectory)" "$work/usr/l
 cp "$program" "$work/usr/bin/planservice"
 cp "$unit" "$work/usr/lib/systemd/system"
 if [ -n "$analyze" ]; then
+    # What else the unit calls comes from the system; the check asks whether it is there and may be run.
+    for command in $(sed -nE 's/^Exec[A-Za-z]*=[-@:+!]*([^ ]+).*/\1/p' "$unit"); do
+        [ -e "$work/usr/bin/${command##*/}" ] || cp "$(type -P "${command##*/}")" "$work/usr/bin/${command##*/}" ||
+            fail "there is no program $command"
+    done
     # The root has this unit alone, so the targets that it names are not looked for.
     told=$("$analyze" verify --man=no --root="$work" --recursive-errors=no \
         "$work/usr/lib/systemd/system/${unit##*/}" 2>&1) || fail "$told"
