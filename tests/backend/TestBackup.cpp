@@ -1,13 +1,12 @@
 // Backup and restore of an SQLite database, also while a service runs on it and clients change it.
 
+#include "DatabaseRows.h"
 #include "MixedLoad.h"
 #include "PlanNodeRequests.h"
-#include "store/SqliteDatabase.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 #include <QRandomGenerator>
-#include <QSqlRecord>
 #include <QtTest>
 
 using namespace KvTest;
@@ -29,35 +28,6 @@ QByteArray contentOf(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-/// Every row of every table as text; what two databases have to have in common to hold the same.
-QStringList rowsOf(const QString& path, const QStringList& without = {})
-{
-    SqliteDatabase database(path);
-    QStringList tables;
-    QSqlQuery names =
-        database.runOnce("SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE "
-                         "'sqlite%' ORDER BY name"_s,
-                         {});
-    while (database.next(names)) {
-        tables.append(names.value(0).toString());
-    }
-    QStringList rows;
-    for (const QString& table : qAsConst(tables)) {
-        if (without.contains(table)) {
-            continue;
-        }
-        QSqlQuery row = database.runOnce("SELECT * FROM %1 ORDER BY 1, 2, 3"_s.arg(table), {});
-        while (database.next(row)) {
-            QString text = table;
-            for (int i = 0; i < row.record().count(); ++i) {
-                text += QLatin1Char('|') + row.value(i).toString();
-            }
-            rows.append(text);
-        }
-    }
-    return rows;
 }
 
 QStringList leftovers(const QString& folder)
