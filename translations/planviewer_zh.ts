@@ -108,10 +108,6 @@
 <context>
     <name>FloorHeightsPanel</name>
     <message>
-        <source>De&amp;fault heights</source>
-        <translation>默认层高(&amp;F)</translation>
-    </message>
-    <message>
         <source>Floors and their heights</source>
         <translation>楼层及其层高</translation>
     </message>
@@ -120,8 +116,12 @@
         <translation>楼层分开的距离</translation>
     </message>
     <message>
-        <source>&amp;Apart</source>
-        <translation>分层展开(&amp;A)</translation>
+        <source>Default &amp;heights</source>
+        <translation>默认层高(&amp;H)</translation>
+    </message>
+    <message>
+        <source>Ta&amp;ke apart</source>
+        <translation>分层展开(&amp;K)</translation>
     </message>
 </context>
 <context>
@@ -961,8 +961,8 @@
         <translation>名称</translation>
     </message>
     <message>
-        <source>Rows of the plan</source>
-        <translation>计划行号</translation>
+        <source>Rows</source>
+        <translation>行</translation>
     </message>
 </context>
 <context>
@@ -983,10 +983,6 @@
 <context>
     <name>StateLegend</name>
     <message>
-        <source>&amp;Default colours</source>
-        <translation>默认颜色(&amp;D)</translation>
-    </message>
-    <message>
         <source>Paint elements in this state</source>
         <translation>为处于此状态的构件着色</translation>
     </message>
@@ -997,6 +993,10 @@
     <message>
         <source>Colour of: %1</source>
         <translation>颜色：%1</translation>
+    </message>
+    <message>
+        <source>Defau&amp;lt colours</source>
+        <translation>默认颜色(&amp;L)</translation>
     </message>
 </context>
 <context>
@@ -1180,18 +1180,6 @@
 <context>
     <name>TimeLineSetPanel</name>
     <message>
-        <source>Dates of the &amp;plan</source>
-        <translation>使用计划日期(&amp;P)</translation>
-    </message>
-    <message>
-        <source>Show &amp;delays</source>
-        <translation>显示延期(&amp;D)</translation>
-    </message>
-    <message>
-        <source>Paint by &amp;state</source>
-        <translation>按状态着色(&amp;S)</translation>
-    </message>
-    <message>
         <source> days/s</source>
         <translation> 天/秒</translation>
     </message>
@@ -1210,14 +1198,6 @@
     <message>
         <source>When off, elements have the colours of their materials</source>
         <translation>关闭时，构件显示其材质颜色</translation>
-    </message>
-    <message>
-        <source>Spee&amp;d</source>
-        <translation>速度(&amp;D)</translation>
-    </message>
-    <message>
-        <source>&amp;From</source>
-        <translation>从(&amp;F)</translation>
     </message>
     <message>
         <source>&amp;To</source>
@@ -1252,12 +1232,32 @@
         <translation>按时间推移</translation>
     </message>
     <message>
-        <source>Dat&amp;es</source>
-        <translation>日期(&amp;E)</translation>
-    </message>
-    <message>
         <source>&amp;Unfinished</source>
         <translation>未完成(&amp;U)</translation>
+    </message>
+    <message>
+        <source>Dates &amp;of the plan</source>
+        <translation>使用计划日期(&amp;O)</translation>
+    </message>
+    <message>
+        <source>Show dela&amp;ys</source>
+        <translation>显示延期(&amp;Y)</translation>
+    </message>
+    <message>
+        <source>Pa&amp;int by state</source>
+        <translation>按状态着色(&amp;I)</translation>
+    </message>
+    <message>
+        <source>&amp;Dates</source>
+        <translation>日期(&amp;D)</translation>
+    </message>
+    <message>
+        <source>Speed</source>
+        <translation>速度</translation>
+    </message>
+    <message>
+        <source>F&amp;rom</source>
+        <translation>从(&amp;R)</translation>
     </message>
 </context>
 <context>

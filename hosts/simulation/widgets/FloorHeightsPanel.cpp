@@ -111,7 +111,7 @@ FloorHeightsPanel::FloorHeightsPanel(SimulationSettings* settings, QWidget* pare
     , m_model(new FloorHeightsModel(settings, this))
     , m_view(new QTableView)
     , m_spread(new QSlider(Qt::Horizontal))
-    , m_defaults(new QPushButton(tr("De&fault heights")))
+    , m_defaults(new QPushButton(tr("Default &heights")))
 {
     m_view->setObjectName(QStringLiteral("floorHeights"));
     m_view->setAccessibleName(tr("Floors and their heights"));
@@ -132,7 +132,7 @@ FloorHeightsPanel::FloorHeightsPanel(SimulationSettings* settings, QWidget* pare
     auto* const form = new QFormLayout(this);
     form->setContentsMargins(0, 0, 0, 0);
     form->addRow(m_view);
-    form->addRow(tr("&Apart"), m_spread);
+    form->addRow(tr("Ta&ke apart"), m_spread);
     form->addRow(m_defaults);
     connect(m_spread, &QSlider::valueChanged, this, [this] { Q_EMIT spreadChanged(spread()); });
     connect(m_defaults, &QPushButton::clicked, this,

@@ -116,7 +116,7 @@ QVariant SimulationGapsModel::headerData(int section, Qt::Orientation orientatio
 {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return {};
-    return section == Name ? tr("Name") : tr("Rows of the plan");
+    return section == Name ? tr("Name") : tr("Rows");
 }
 
 SimulationGapsPanel::SimulationGapsPanel(QWidget* parent)
@@ -151,6 +151,8 @@ SimulationGapsPanel::SimulationGapsPanel(QWidget* parent)
 
 void SimulationGapsPanel::showCounts()
 {
+    for (int group = 0; group < SimulationGapsModel::GroupCount; ++group)
+        m_view->setFirstColumnSpanned(group, QModelIndex(), true);
     const bool isComplete = m_model->count(SimulationGapsModel::ElementsWithoutGeometry) == 0 &&
                             m_model->count(SimulationGapsModel::TasksWithoutElements) == 0;
     m_summary->setText(isComplete ? tr("Every task has elements, and every element its geometry.")

@@ -32,7 +32,7 @@ StateLegend::StateLegend(SimulationSettings* settings, QWidget* parent)
     , m_ask([this](const QColor& present, const QString& label) {
         return QColorDialog::getColor(present, this, label, QColorDialog::ShowAlphaChannel);
     })
-    , m_defaults(new QPushButton(tr("&Default colours")))
+    , m_defaults(new QPushButton(tr("Defau&lt colours")))
 {
     setObjectName(QStringLiteral("legend"));
     auto* const layout = new QGridLayout(this);

@@ -15,11 +15,11 @@ TimeLineSetPanel::TimeLineSetPanel(SimulationSettings* settings, QWidget* parent
     , m_views(new QComboBox)
     , m_share(new QComboBox)
     , m_speed(new QDoubleSpinBox)
-    , m_usePlanTime(new QCheckBox(tr("Dates of the &plan")))
+    , m_usePlanTime(new QCheckBox(tr("Dates &of the plan")))
     , m_start(new QDateTimeEdit)
     , m_finish(new QDateTimeEdit)
-    , m_delays(new QCheckBox(tr("Show &delays")))
-    , m_stateColours(new QCheckBox(tr("Paint by &state")))
+    , m_delays(new QCheckBox(tr("Show dela&ys")))
+    , m_stateColours(new QCheckBox(tr("Pa&int by state")))
     , m_legend(new StateLegend(settings))
 {
     m_views->setObjectName(QStringLiteral("views"));
@@ -54,11 +54,11 @@ TimeLineSetPanel::TimeLineSetPanel(SimulationSettings* settings, QWidget* parent
 
     auto* const form = new QFormLayout(this);
     form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
-    form->addRow(tr("Dat&es"), m_views);
+    form->addRow(tr("&Dates"), m_views);
     form->addRow(tr("&Unfinished"), m_share);
-    form->addRow(tr("Spee&d"), m_speed);
+    form->addRow(tr("Speed"), m_speed);
     form->addRow(m_usePlanTime);
-    form->addRow(tr("&From"), m_start);
+    form->addRow(tr("F&rom"), m_start);
     form->addRow(tr("&To"), m_finish);
     form->addRow(m_delays);
     form->addRow(m_stateColours);
