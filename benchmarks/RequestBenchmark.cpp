@@ -1,21 +1,30 @@
-// One small plan over loopback: through the facade, and by a bare network access manager and event loop,
-// which leaves the reply as bytes. A plan without tasks shows what the way costs, one with a task what
-// reading adds.
+// Plans over loopback through the facade, and by others: a bare network access manager and event loop, which
+// leaves the reply as bytes, and libcurl. A plan without tasks shows what the way costs, one with a task what
+// reading adds; a large one, parsed but not read into records by libcurl's side, what opening a plan costs.
 
 #include "BareRequest.h"
 #include "RatioMain.h"
+#include "peers/CurlRequest.h"
 
 #include <KvNetwork/KvBaseApi.h>
 #include <ServiceProcess.h>
 #include <plandata/KvPlanData.h>
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
 #include <QtNetwork/QNetworkAccessManager>
 
 #include <cstdio>
-#include <utility>
 
 namespace {
+
+constexpr int largePlan = 100000;
+
+QString pathOf(const QString& planId)
+{
+    return QStringLiteral("task-service/plans/") + planId;
+}
 
 void throughFacade(benchmark::State& state, const QString& planId)
 {
@@ -29,12 +38,29 @@ void throughFacade(benchmark::State& state, const QString& planId)
 void bareRequest(benchmark::State& state, const QString& planId)
 {
     QNetworkAccessManager manager;
-    const QString path = QStringLiteral("task-service/plans/") + planId;
     for (auto _ : state) {
-        if (bareGet(manager, path).isEmpty())
+        if (bareGet(manager, pathOf(planId)).isEmpty())
             return state.SkipWithError("the plan was not read");
     }
 }
+
+void byCurl(benchmark::State& state, const QString& planId)
+{
+    CurlRequest request;
+    const QString url = KvBaseApi::GetInstance().getBaseApi() + pathOf(planId);
+    for (auto _ : state) {
+        if (QJsonDocument::fromJson(request.get(url)).isNull())
+            return state.SkipWithError("the plan was not read");
+    }
+}
+
+struct Case
+{
+    const char* name;
+    QString planId;
+    double bareLimit; // of the bare request's ratio
+    double curlLimit;
+};
 
 } // namespace
 
@@ -42,35 +68,39 @@ int main(int argc, char* argv[])
 {
     QCoreApplication application(argc, argv);
     KvTest::ServiceProcess service;
-    const QJsonObject seeded = service.seed({QStringLiteral("--nodes"), QStringLiteral("1")});
-    if (seeded.isEmpty() || !service.start()) {
+    const QJsonObject small = service.seed({QStringLiteral("--nodes"), QStringLiteral("1")});
+    const QJsonObject large = service.seed({QStringLiteral("--nodes"), QString::number(largePlan)});
+    if (small.isEmpty() || large.isEmpty() || !service.start()) {
         std::fprintf(stderr, "no service to ask: %s\n", qUtf8Printable(service.failure()));
         return 2;
     }
     KvBaseApi::GetInstance().setBaseApi(service.baseUrl());
     KvPlan empty;
     empty.name = QStringLiteral("Plan without tasks");
-    empty.projectId = seeded.value(QLatin1String("projectId")).toString();
+    empty.projectId = small.value(QLatin1String("projectId")).toString();
     if (!KvPlanData::instance()->createPlan(empty)) {
         std::fprintf(stderr, "the service did not create a plan\n");
         return 2;
     }
 
-    const std::pair<const char*, QString> plans[] = {
-        {"plan without tasks", empty.id},
-        {"plan with a task", seeded.value(QLatin1String("planId")).toString()}};
-    for (const auto& [name, id] : plans) {
-        const std::string facade = std::string("getPlanById/") + name;
-        const std::string bare = std::string("bare request/") + name;
-        benchmark::RegisterBenchmark(facade.c_str(), throughFacade, id)
-            ->UseRealTime()
-            ->MinTime(0.3)
-            ->Unit(benchmark::kMicrosecond);
-        benchmark::RegisterBenchmark(bare.c_str(), bareRequest, id)
-            ->UseRealTime()
-            ->MinTime(0.3)
-            ->Unit(benchmark::kMicrosecond);
-        compare("getPlanById / bare request, " + std::string(name), facade, bare, id == empty.id ? 1.10 : 0);
+    const Case cases[] = {{"plan without tasks", empty.id, 1.05, 0},
+                          {"plan with a task", small.value(QLatin1String("planId")).toString(), 0, 0},
+                          {"plan of 100,000 nodes", large.value(QLatin1String("planId")).toString(), 0, 1.6}};
+    for (const Case& each : cases) {
+        const std::string of = std::string("/") + each.name;
+        for (const auto& [name, function] :
+             {std::pair{"getPlanById", throughFacade}, std::pair{"bare request", bareRequest},
+              std::pair{"libcurl and fromJson", byCurl}}) {
+            benchmark::RegisterBenchmark((name + of).c_str(), function, each.planId)
+                ->UseRealTime()
+                ->MinTime(0.3)
+                ->Unit(benchmark::kMicrosecond);
+        }
+        const std::string title = std::string(", ") + each.name;
+        compare("getPlanById / bare request" + title, "getPlanById" + of, "bare request" + of,
+                each.bareLimit);
+        compare("getPlanById / libcurl and fromJson" + title, "getPlanById" + of, "libcurl and fromJson" + of,
+                each.curlLimit);
     }
     return runBenchmarks(argc, argv);
 }
