@@ -142,6 +142,7 @@ void readDateByForm(benchmark::State& state)
 
 int main(int argc, char* argv[])
 {
+    stayOnOneProcessor();
     for (const int tasks : {1000, 10000, 100000, 1000000}) {
         const std::string size = "/" + std::to_string(tasks);
         for (const auto& [name, function] : {std::pair{"parse", parse}, std::pair{"import", read}})
@@ -153,6 +154,8 @@ int main(int argc, char* argv[])
             benchmark::RegisterBenchmark(name, function)->Arg(tasks)->Unit(benchmark::kMicrosecond);
         compare("export / QJsonDocument::toJson" + size, "export" + size, "write" + size, 0);
     }
+    growth("import of the exchange format", "import", {1000, 10000, 100000, 1000000}, 1.1);
+    growth("export of the exchange format", "export", {1000, 10000, 100000}, 1.1);
     benchmark::RegisterBenchmark("date", readDate);
     benchmark::RegisterBenchmark("date by form", readDateByForm);
     compare("date / QDateTime::fromString", "date", "date by form", 0.1);

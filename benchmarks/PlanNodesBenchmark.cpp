@@ -57,7 +57,7 @@ void createThroughFacade(benchmark::State& state, const QString& planId, const Q
 {
     for (auto _ : state) {
         QList<KvPlanNode> created = *nodes;
-        if (!KvPlanData::instance()->createPlanNodes(planId, created) || created.size() != createCount)
+        if (!KvPlanData::instance()->createPlanNodes(planId, created) || created.size() != nodes->size())
             return state.SkipWithError("the nodes were not created");
     }
 }
@@ -210,6 +210,12 @@ int main(int argc, char* argv[])
     compare("getPlanNodesByPlanIds / download and fromJson", "getPlanNodesByPlanIds/real_time",
             "download and fromJson/real_time", 1.6);
     millisecond(benchmark::RegisterBenchmark("createPlanNodes", createThroughFacade, target.id, &nodes));
+    const QList<KvPlanNode> fewer[] = {nodes.mid(0, 1000), nodes.mid(0, 3000), nodes};
+    for (const QList<KvPlanNode>& some : fewer) {
+        const std::string name = "create/" + std::to_string(some.size());
+        millisecond(benchmark::RegisterBenchmark(name.c_str(), createThroughFacade, target.id, &some));
+    }
+    growth("createPlanNodes", "create", {1000, 3000, createCount}, 1.1);
     millisecond(benchmark::RegisterBenchmark("insert rows", insertByHand, &rows, idColumn));
     millisecond(benchmark::RegisterBenchmark("insert documents", insertByHand, &documents, 0));
     compare("createPlanNodes / insert rows", "createPlanNodes/real_time", "insert rows/real_time", 4);

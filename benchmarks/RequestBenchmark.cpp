@@ -54,6 +54,13 @@ void byCurl(benchmark::State& state, const QString& planId)
     }
 }
 
+void addReading(const std::string& name, const QString& planId, int nodes)
+{
+    benchmark::RegisterBenchmark((name + '/' + std::to_string(nodes)).c_str(), throughFacade, planId)
+        ->UseRealTime()
+        ->Unit(benchmark::kMicrosecond);
+}
+
 struct Case
 {
     const char* name;
@@ -69,7 +76,11 @@ int main(int argc, char* argv[])
     QCoreApplication application(argc, argv);
     KvTest::ServiceProcess service;
     const QJsonObject small = service.seed({QStringLiteral("--nodes"), QStringLiteral("1")});
-    const QJsonObject large = service.seed({QStringLiteral("--nodes"), QString::number(largePlan)});
+    QJsonObject large;
+    for (const int nodes : {10000, 30000, largePlan}) {
+        large = service.seed({QStringLiteral("--nodes"), QString::number(nodes)});
+        addReading("open plan", large.value(QLatin1String("planId")).toString(), nodes);
+    }
     if (small.isEmpty() || large.isEmpty() || !service.start()) {
         std::fprintf(stderr, "no service to ask: %s\n", qUtf8Printable(service.failure()));
         return 2;
@@ -82,6 +93,9 @@ int main(int argc, char* argv[])
         std::fprintf(stderr, "the service did not create a plan\n");
         return 2;
     }
+
+    // What is small takes time for the way, which does not grow: from 10,000 nodes on a plan's size decides.
+    growth("getPlanById", "open plan", {10000, 30000, largePlan}, 1.1);
 
     const Case cases[] = {{"plan without tasks", empty.id, 1.05, 0},
                           {"plan with a task", small.value(QLatin1String("planId")).toString(), 0, 0},

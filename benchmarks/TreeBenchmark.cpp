@@ -5,7 +5,6 @@
 #include <model/KvPlanDataUtils.h>
 
 #include <algorithm>
-#include <cmath>
 #include <numeric>
 #include <random>
 #include <utility>
@@ -115,10 +114,11 @@ int main(int argc, char* argv[])
 {
     const std::pair<const char*, void (*)(benchmark::State&, Shape)> functions[] = {
         {"sort", sort}, {"tree", makeTree}, {"flat", makeFlat}};
-    const double growth = std::pow(1000.0, 1.15); // from 1,000 to 1,000,000 nodes
+    stayOnOneProcessor();
+    const std::vector<int> sizes = {1000, 10000, 100000, 1000000};
     for (const auto& [shapeName, shape] : shapes) {
         const std::string of = std::string(" ") + shapeName;
-        for (const int nodes : {1000, 10000, 100000, 1000000}) {
+        for (const int nodes : sizes) {
             const std::string size = "/" + std::to_string(nodes);
             for (const auto& [name, function] : functions) {
                 auto* registered = benchmark::RegisterBenchmark((name + of).c_str(), function, shape)
@@ -127,12 +127,11 @@ int main(int argc, char* argv[])
                 if (nodes == 1000000)
                     registered->Iterations(1)->Repetitions(3);
             }
-            compare("tree / std::sort" + of + size, "tree" + of + size, "sort" + of + size, 3);
-            compare("flat / std::sort" + of + size, "flat" + of + size, "sort" + of + size, 3);
+            compare("tree / std::sort" + of + size, "tree" + of + size, "sort" + of + size, 2.0);
+            compare("flat / std::sort" + of + size, "flat" + of + size, "sort" + of + size, 1.5);
         }
         for (const char* name : {"tree", "flat"})
-            compare(std::string("growth 1k to 1M, ") + name + of, name + of + "/1000000", name + of + "/1000",
-                    growth);
+            growth(name + of, name + of, sizes, 1.15);
     }
     return runBenchmarks(argc, argv);
 }
