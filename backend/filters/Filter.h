@@ -24,7 +24,7 @@ struct FilterField
 {
     const char* name; ///< on the wire
     FieldKind kind;
-    const char* expression; ///< its value in SQL; for Texts the list as JSON
+    const char* expression; ///< its value in SQL, see SqlWords; for Texts the list as JSON
     /// Texts: a quicker way to say that the text is in the list; without one the list is read.
     SqlCondition (*holds)(const QString& text) = nullptr;
 };

@@ -44,17 +44,34 @@ SqlCondition equals(const Filter& filter, const QString& value)
         break;
     case FieldKind::Texts:
         if (value.isEmpty()) {
-            return {QStringLiteral("NOT EXISTS (SELECT 1 FROM json_each(%1))").arg(expression), {}};
+            return {QStringLiteral("NOT EXISTS (SELECT 1 FROM {elements}(%1))").arg(expression), {}};
         }
         return filter.field->holds != nullptr
                    ? filter.field->holds(value)
-                   : SqlCondition{QStringLiteral("EXISTS (SELECT 1 FROM json_each(%1) WHERE value = ?)")
+                   : SqlCondition{QStringLiteral("EXISTS (SELECT 1 FROM {elements}(%1) WHERE value = ?)")
                                       .arg(expression),
                                   {value}};
     case FieldKind::Text:
         break;
     }
     return {expression + QLatin1String(" = ?"), {parameterOf(filter, value)}};
+}
+
+/// An element of a list that the field's value may be among.
+QString elementOf(const Filter& filter)
+{
+    switch (filter.field->kind) {
+    case FieldKind::Whole:
+    case FieldKind::Flag:
+    case FieldKind::Real:
+        return QStringLiteral("CAST(value AS NUMERIC)");
+    case FieldKind::Text:
+    case FieldKind::Name:
+    case FieldKind::Date:
+    case FieldKind::Texts:
+        break;
+    }
+    return QStringLiteral("value");
 }
 
 /// One parameter, whatever the length of the list.
@@ -69,12 +86,11 @@ SqlCondition in(const Filter& filter)
         }
     }
     const QString list = QString::fromUtf8(QJsonDocument(values).toJson(QJsonDocument::Compact));
-    const QString member =
-        filter.field->kind == FieldKind::Texts
-            ? QStringLiteral("EXISTS (SELECT 1 FROM json_each(%1) e WHERE e.value IN (SELECT value FROM "
-                             "json_each(?)))")
-            : QStringLiteral("%1 IN (SELECT value FROM json_each(?))");
-    SqlCondition condition{member.arg(expressionOf(filter)), {list}};
+    const QString member = filter.field->kind == FieldKind::Texts
+                               ? QStringLiteral("EXISTS (SELECT 1 FROM {elements}(%1) e WHERE e.value IN"
+                                                " (SELECT %2 FROM {elements}(CAST(? AS {json}))))")
+                               : QStringLiteral("%1 IN (SELECT %2 FROM {elements}(CAST(? AS {json})))");
+    SqlCondition condition{member.arg(expressionOf(filter), elementOf(filter)), {list}};
     if (withNotSet) {
         const SqlCondition notSet = equals(filter, QString());
         condition.text =
@@ -88,7 +104,7 @@ SqlCondition joined(const Filter& filter)
 {
     const bool all = filter.kind == Filter::Kind::All;
     if (filter.terms.isEmpty()) {
-        return {all ? QStringLiteral("1") : QStringLiteral("0"), {}};
+        return {all ? QStringLiteral("TRUE") : QStringLiteral("FALSE"), {}};
     }
     QStringList texts;
     SqlCondition condition;

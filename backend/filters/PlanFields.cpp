@@ -12,10 +12,10 @@ const QVector<FilterField>& planFields()
         {"createdAt", FieldKind::Date, "createdAt"},
         {"createdBy", FieldKind::Text, "createdBy"},
         {"updatedAt", FieldKind::Date, "updatedAt"},
-        {"updatedBy", FieldKind::Text, "coalesce(json_extract(document, '$.updatedBy'), '')"},
-        {"projectFileId", FieldKind::Text, "coalesce(json_extract(document, '$.projectFileId'), '')"},
-        {"public", FieldKind::Whole, "json_extract(document, '$.public')"},
-        {"ranges", FieldKind::Texts, "json_extract(document, '$.ranges')"},
+        {"updatedBy", FieldKind::Text, "coalesce({text updatedBy}, '')"},
+        {"projectFileId", FieldKind::Text, "coalesce({text projectFileId}, '')"},
+        {"public", FieldKind::Whole, "{number public}"},
+        {"ranges", FieldKind::Texts, "{list ranges}"},
     };
     return fields;
 }

@@ -10,7 +10,7 @@ namespace {
 SqlCondition worksAs(const char* list, const QString& user)
 {
     SqlCondition condition = worksOn(user);
-    condition.also(QStringLiteral("EXISTS (SELECT 1 FROM json_each(document, '$.%1') WHERE value = ?)")
+    condition.also(QStringLiteral("EXISTS (SELECT 1 FROM {elements}({list %1}) WHERE value = ?)")
                        .arg(QLatin1String(list)),
                    {user});
     condition.text = QLatin1Char('(') + condition.text + QLatin1Char(')');
@@ -39,7 +39,7 @@ const QVector<FilterField>& planNodeFields()
     static const QVector<FilterField> fields{
         {"_id", FieldKind::Text, "id"},
         {"category", FieldKind::Text, "category"},
-        {"GUID", FieldKind::Text, "coalesce(json_extract(document, '$.GUID'), id)"},
+        {"GUID", FieldKind::Text, "coalesce({text GUID}, id)"},
         {"planId", FieldKind::Name, "planId"},
         {"planName", FieldKind::Text, "coalesce((SELECT p.name FROM plans p WHERE p.id = planId), '')"},
         {"projectId", FieldKind::Text, "projectId"},
@@ -48,44 +48,41 @@ const QVector<FilterField>& planNodeFields()
         {"parentTaskID", FieldKind::Whole, "parentTaskId"},
         {"name", FieldKind::Text, "name"},
         {"displayName", FieldKind::Text, "name"},
-        {"isDistributed", FieldKind::Flag, "json_extract(document, '$.isDistributed')"},
-        {"remark", FieldKind::Text, "coalesce(json_extract(document, '$.remark'), '')"},
+        {"isDistributed", FieldKind::Flag, "{flag isDistributed}"},
+        {"remark", FieldKind::Text, "coalesce({text remark}, '')"},
         // What is not set is stored as -1 in these four.
         {"finishedPercentage", FieldKind::Real,
-         "iif(json_extract(document, '$.finishedPercentage') >= 0,"
-         " json_extract(document, '$.finishedPercentage'), NULL)"},
+         "CASE WHEN {real finishedPercentage} >= 0 THEN {real finishedPercentage} END"},
         {"planWorkload", FieldKind::Whole,
-         "iif(json_extract(document, '$.planWorkload') >= 0, json_extract(document, '$.planWorkload'), "
-         "NULL)"},
+         "CASE WHEN {number planWorkload} >= 0 THEN {number planWorkload} END"},
         {"actualWorkload", FieldKind::Whole,
-         "iif(json_extract(document, '$.actualWorkload') >= 0, json_extract(document, '$.actualWorkload'), "
-         "NULL)"},
-        {"dynamicEffect", FieldKind::Whole, "nullif(json_extract(document, '$.dynamicEffect'), -1)"},
-        {"displaySimulation", FieldKind::Flag, "json_extract(document, '$.displaySimulation')"},
-        {"milestone", FieldKind::Flag, "coalesce(startDate = finishDate, 0)"},
+         "CASE WHEN {number actualWorkload} >= 0 THEN {number actualWorkload} END"},
+        {"dynamicEffect", FieldKind::Whole, "nullif({number dynamicEffect}, -1)"},
+        {"displaySimulation", FieldKind::Flag, "{flag displaySimulation}"},
+        {"milestone", FieldKind::Flag, "CASE WHEN startDate = finishDate THEN 1 ELSE 0 END"},
         {"summary", FieldKind::Flag,
-         "(planNodes.uniqueId > 0 AND EXISTS (SELECT 1 FROM planNodes c WHERE c.planId = planNodes.planId"
-         " AND c.parentTaskId = planNodes.uniqueId AND c.id <> planNodes.id))"},
+         "CASE WHEN n.uniqueId > 0 AND EXISTS (SELECT 1 FROM planNodes c WHERE c.planId = n.planId"
+         " AND c.parentTaskId = n.uniqueId AND c.id <> n.id) THEN 1 ELSE 0 END"},
         {"createdAt", FieldKind::Date, "createdAt"},
         {"createdBy", FieldKind::Text, "createdBy"},
         {"updatedAt", FieldKind::Date, "updatedAt"},
-        {"updatedBy", FieldKind::Text, "coalesce(json_extract(document, '$.updatedBy'), '')"},
+        {"updatedBy", FieldKind::Text, "coalesce({text updatedBy}, '')"},
         {"startDate", FieldKind::Date, "startDate"},
         {"finishDate", FieldKind::Date, "finishDate"},
         {"actualStartDate", FieldKind::Date, "actualStartDate"},
         {"actualFinishDate", FieldKind::Date, "actualFinishDate"},
-        {"entityHideDate", FieldKind::Date, "nullif(json_extract(document, '$.entityHideDate'), '')"},
-        {"entityHideType", FieldKind::Whole, "json_extract(document, '$.entityHideType')"},
-        {"userIds", FieldKind::Texts, "json_extract(document, '$.userIds')", isResponsible},
-        {"executeIds", FieldKind::Texts, "json_extract(document, '$.executeIds')", isExecuting},
-        {"cooperateIds", FieldKind::Texts, "json_extract(document, '$.cooperateIds')", isCooperating},
+        {"entityHideDate", FieldKind::Date, "nullif({text entityHideDate}, '')"},
+        {"entityHideType", FieldKind::Whole, "{number entityHideType}"},
+        {"userIds", FieldKind::Texts, "{list userIds}", isResponsible},
+        {"executeIds", FieldKind::Texts, "{list executeIds}", isExecuting},
+        {"cooperateIds", FieldKind::Texts, "{list cooperateIds}", isCooperating},
         {"relativeUserIds", FieldKind::Texts,
-         "(SELECT json_group_array(user) FROM (SELECT createdBy AS user WHERE createdBy <> ''"
-         " UNION ALL SELECT value FROM json_each(document, '$.userIds')"
-         " UNION ALL SELECT value FROM json_each(document, '$.executeIds')"
-         " UNION ALL SELECT value FROM json_each(document, '$.cooperateIds')))",
+         "(SELECT {array}(person) FROM (SELECT createdBy AS person WHERE createdBy <> ''"
+         " UNION ALL SELECT value FROM {elements}({list userIds})"
+         " UNION ALL SELECT value FROM {elements}({list executeIds})"
+         " UNION ALL SELECT value FROM {elements}({list cooperateIds})) people)",
          ownNode},
-        {"documentIds", FieldKind::Texts, "json_extract(document, '$.documentIds')"},
+        {"documentIds", FieldKind::Texts, "{list documentIds}"},
     };
     return fields;
 }

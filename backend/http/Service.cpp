@@ -8,6 +8,10 @@ namespace PlanService {
 
 namespace {
 
+// Of a request that others got in the way of, or whose connection to the database had gone meanwhile.
+constexpr int mostAttempts = 5;
+constexpr int mostConnections = 2;
+
 constexpr int longestPage = 1000;
 
 Lane laneOf(const Request& request, const RouteMatch& match)
@@ -77,16 +81,59 @@ void Service::run(const std::shared_ptr<Pending>& pending, Store& store)
     pending->respond(std::move(reply));
 }
 
+namespace {
+
+/// Does the request once more when nothing of it was kept and the next time is likely to be better.
+template<typename Answer>
+Reply whole(const Answer& answer)
+{
+    for (int attempt = 1, connections = 1;; ++attempt) {
+        try {
+            return answer();
+        } catch (const StoreConflict&) {
+            if (attempt >= mostAttempts) {
+                throw;
+            }
+        } catch (const StoreLost&) {
+            if (++connections > mostConnections) {
+                throw;
+            }
+        }
+    }
+}
+
+} // namespace
+
 Reply Service::answer(const Request& request, const RouteMatch& match, Store& store, QString& userId) const
 {
     try {
-        const Caller caller = match.route->needsToken == NeedsToken::Yes
-                                  ? Caller::fromAuthorization(request.authorization, store)
-                                  : Caller::anybody();
-        userId = caller.userId();
-        return match.route->endpoint({request, match.parameters, match.query, store, caller, m_metrics});
+        return whole([&] {
+            const Caller caller = match.route->needsToken == NeedsToken::Yes
+                                      ? Caller::fromAuthorization(request.authorization, store)
+                                      : Caller::anybody();
+            userId = caller.userId();
+            return match.route->endpoint({request, match.parameters, match.query, store, caller, m_metrics});
+        });
     } catch (const ApiError& error) {
         return error.reply();
+    } catch (const StoreConflict& error) {
+        m_log.error(error.message(), request.id);
+        return busy(QStringLiteral("others change the same all the time; try again in a moment")).reply();
+    } catch (const StoreLost& error) {
+        m_log.error(error.message(), request.id);
+        return busy(QStringLiteral("the database does not answer; try again in a moment")).reply();
+    } catch (const StoreUnsure& error) {
+        m_log.error(error.message(), request.id);
+        return ApiError(503, QStringLiteral("unsure"),
+                        QStringLiteral("the database went while it kept the change; read whether it is there "
+                                       "before sending it again"))
+            .reply();
+    } catch (const StoreReadOnly& error) {
+        m_log.error(error.message(), request.id);
+        return ApiError(503, QStringLiteral("readOnly"),
+                        QStringLiteral("this service reads a copy of the database; changes go to the one "
+                                       "that writes it"))
+            .reply();
     } catch (const StoreBusy& error) {
         m_log.error(error.message(), request.id);
         return busy(QStringLiteral("the database is taken up by another program; try again in a moment"))

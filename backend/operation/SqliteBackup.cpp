@@ -1,6 +1,7 @@
 #include "SqliteBackup.h"
 
 #include "../store/Migrations.h"
+#include "../store/SqliteDatabase.h"
 
 #include <QDateTime>
 #include <QFileInfo>

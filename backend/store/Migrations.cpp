@@ -165,22 +165,16 @@ Migration expiryOfTokens()
     return {7, {text("ALTER TABLE tokens ADD COLUMN expiresAt TEXT")}};
 }
 
-int versionOf(SqliteDatabase& database)
+void apply(SqlDatabase& database, const Migration& step)
 {
-    return database.value(QStringLiteral("PRAGMA user_version")).toInt();
-}
-
-void apply(SqliteDatabase& database, const Migration& step)
-{
-    database.beginImmediate();
+    database.beginMigration();
     try {
         // Another process may have taken this step while we waited for the lock.
-        if (versionOf(database) < step.version) {
+        if (database.schemaVersion() < step.version) {
             for (const QString& statement : step.statements) {
                 database.execute(statement);
             }
-            database.execute(QStringLiteral("PRAGMA application_id = %1").arg(applicationId));
-            database.execute(QStringLiteral("PRAGMA user_version = %1").arg(step.version));
+            database.setSchemaVersion(step.version);
         }
         database.commit();
     } catch (...) {
@@ -198,14 +192,14 @@ const QList<Migration>& migrations()
     return steps;
 }
 
-void migrate(SqliteDatabase& database, const QList<Migration>& steps)
+void migrate(SqlDatabase& database, const QList<Migration>& steps)
 {
-    const int current = versionOf(database);
+    const int current = database.schemaVersion();
     const int newest = steps.isEmpty() ? 0 : steps.last().version;
     if (current > newest) {
         throw StoreError(QStringLiteral("database '%1' has schema version %2, this program knows up to %3; "
                                         "use the planservice that wrote it, or a newer one")
-                             .arg(database.path())
+                             .arg(database.name())
                              .arg(current)
                              .arg(newest));
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SqliteDatabase.h"
+#include "SqlDatabase.h"
 
 #include <QStringList>
 
@@ -13,12 +13,15 @@ struct Migration
     QStringList statements;
 };
 
-/// Every step, oldest first. A step that was released is never edited: a change to the schema is a new step.
+/// Every step of SQLite's schema, oldest first. A step that was released is never edited: a change to the
+/// schema is a new step.
 const QList<Migration>& migrations();
+/// The same for PostgreSQL. Versions mean the same in both; PostgreSQL's begins with the seventh as a whole.
+const QList<Migration>& postgresMigrations();
 
 /// Brings the database up to the last of @p steps. Each step and its version number are one transaction, so a
 /// crash leaves a whole version behind and the next start goes on from there. Throws StoreError when the
 /// database is newer than @p steps or a step fails; what was committed stays.
-void migrate(SqliteDatabase& database, const QList<Migration>& steps);
+void migrate(SqlDatabase& database, const QList<Migration>& steps);
 
 } // namespace PlanService

@@ -2,6 +2,8 @@
 
 #include "VisibilitySql.h"
 
+#include <limits>
+
 namespace PlanService {
 
 namespace {
@@ -26,27 +28,35 @@ SqlCondition conditionOf(const PlanQuery& query)
 
 } // namespace
 
+QVariant mostRows(int limit)
+{
+    return limit < 0 ? std::numeric_limits<qint64>::max() : qint64{limit};
+}
+
 SqlStatement planListSql(const PlanQuery& query)
 {
     const SqlCondition condition = conditionOf(query);
+    const QVariant limit = mostRows(query.limit);
     if (query.skip == 0) {
-        return {QStringLiteral("SELECT CAST(document AS BLOB) FROM plans WHERE %1"
-                               " ORDER BY createdAt, id LIMIT ?")
+        return {QStringLiteral("SELECT CAST(document AS {bytes}) FROM plans WHERE %1"
+                               " ORDER BY createdAt NULLS FIRST, id LIMIT ?")
                     .arg(condition.text),
-                condition.parameters + QVariantList{query.limit}};
+                condition.parameters + QVariantList{limit}};
     }
     // What is skipped is passed in the index alone, without a look at its rows.
-    return {QStringLiteral("SELECT CAST(document AS BLOB) FROM plans WHERE rowid IN"
-                           " (SELECT rowid FROM plans WHERE %1 ORDER BY createdAt, id LIMIT ? OFFSET ?)"
-                           " ORDER BY createdAt, id")
-                .arg(condition.text),
-            condition.parameters + QVariantList{query.limit, query.skip}};
+    return {
+        QStringLiteral("SELECT CAST(document AS {bytes}) FROM plans WHERE id IN"
+                       " (SELECT id FROM plans WHERE %1 ORDER BY createdAt NULLS FIRST, id LIMIT ? OFFSET ?)"
+                       " ORDER BY createdAt NULLS FIRST, id")
+            .arg(condition.text),
+        condition.parameters + QVariantList{limit, query.skip}};
 }
 
-SqlStatement planCountSql(const PlanQuery& query)
+SqlStatement planRowsSql(const QString& columns, const PlanQuery& query)
 {
     const SqlCondition condition = conditionOf(query);
-    return {QStringLiteral("SELECT count(*) FROM plans WHERE %1").arg(condition.text), condition.parameters};
+    return {QStringLiteral("SELECT %1 FROM plans WHERE %2").arg(columns, condition.text),
+            condition.parameters};
 }
 
 } // namespace PlanService

@@ -12,9 +12,12 @@ struct SqlStatement
     QVariantList parameters;
 };
 
+/// The parameter of LIMIT; a negative limit lets all rows through.
+QVariant mostRows(int limit);
+
 /// Rows of one column, each a plan's document, in the order of PlanQuery.
 SqlStatement planListSql(const PlanQuery& query);
-/// One row with the number of plans.
-SqlStatement planCountSql(const PlanQuery& query);
+/// The plans' rows with these columns, in no order.
+SqlStatement planRowsSql(const QString& columns, const PlanQuery& query);
 
 } // namespace PlanService

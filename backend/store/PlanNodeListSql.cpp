@@ -24,7 +24,7 @@ void addPlace(const PlanNodeQuery& query, SqlCondition& condition)
 {
     // A project has far more nodes than its plans have: its own index is looked at where no plan is named.
     const bool byPlan = (query.planId && !query.planId->isEmpty()) || namesPlans(query.where);
-    condition.also(byPlan ? QStringLiteral("+projectId = ?") : QStringLiteral("projectId = ?"),
+    condition.also(byPlan ? QStringLiteral("{loose projectId} = ?") : QStringLiteral("projectId = ?"),
                    {query.projectId});
     if (query.planId && query.planId->isEmpty()) {
         condition.also(QStringLiteral("planId IS NULL"));
@@ -32,7 +32,7 @@ void addPlace(const PlanNodeQuery& query, SqlCondition& condition)
         condition.also(QStringLiteral("planId = ?"), {*query.planId});
     }
     if (query.category) {
-        condition.also(byPlan ? QStringLiteral("+category = ?") : QStringLiteral("category = ?"),
+        condition.also(byPlan ? QStringLiteral("{loose category} = ?") : QStringLiteral("category = ?"),
                        {*query.category});
     }
 }
@@ -57,7 +57,7 @@ void addStates(const PlanNodeQuery& query, SqlCondition& condition)
         states += QStringLiteral("actualFinishDate IS NOT NULL");
     }
     condition.also(states.isEmpty()
-                       ? QStringLiteral("0")
+                       ? QStringLiteral("FALSE")
                        : QLatin1Char('(') + states.join(QLatin1String(" OR ")) + QLatin1Char(')'));
 }
 
@@ -85,10 +85,11 @@ SqlCondition conditionOf(const PlanNodeQuery& query)
 QString orderOf(const PlanNodeQuery& query)
 {
     if (query.order == PlanNodeOrder::FinishDate) {
-        return QStringLiteral("finishDate IS NULL, finishDate, id");
+        return QStringLiteral("n.finishDate IS NULL, n.finishDate, n.id");
     }
     // Within one plan its index gives the order, and a page costs no more than its rows.
-    return query.planId ? QStringLiteral("rowNumber, id") : QStringLiteral("planId, rowNumber, id");
+    return query.planId ? QStringLiteral("n.rowNumber, n.id")
+                        : QStringLiteral("n.planId NULLS FIRST, n.rowNumber, n.id");
 }
 
 } // namespace
@@ -101,18 +102,18 @@ SqlStatement planNodeListSql(const PlanNodeQuery& query)
             ? QStringLiteral(PLANSERVICE_NODE_JSON PLANSERVICE_NODE_DOCUMENTS " || substr(n.document, 2)")
             : QStringLiteral(PLANSERVICE_NODE_JSON " || substr(n.document, 2)");
     // What is skipped or sorted is looked up without its JSON; the limit keeps the order of the page.
-    return {QStringLiteral("SELECT CAST(%1 AS BLOB) FROM"
-                           " (SELECT number FROM planNodes WHERE %2 ORDER BY %3 LIMIT ? OFFSET ?) page"
-                           " CROSS JOIN planNodes n ON n.number = page.number"
-                           " LEFT JOIN plans p ON p.id = n.planId")
+    return {QStringLiteral("SELECT CAST(%1 AS {bytes}) FROM"
+                           " (SELECT number FROM planNodes n WHERE %2 ORDER BY %3 LIMIT ? OFFSET ?) page"
+                           " {then} planNodes n ON n.number = page.number"
+                           " LEFT JOIN plans p ON p.id = n.planId {again ORDER BY %3}")
                 .arg(json, condition.text, orderOf(query)),
-            condition.parameters + QVariantList{query.limit, query.skip}};
+            condition.parameters + QVariantList{mostRows(query.limit), query.skip}};
 }
 
-SqlStatement planNodeCountSql(const PlanNodeQuery& query)
+SqlStatement planNodeRowsSql(const QString& columns, const PlanNodeQuery& query)
 {
     const SqlCondition condition = conditionOf(query);
-    return {QStringLiteral("SELECT count(*) FROM planNodes WHERE %1").arg(condition.text),
+    return {QStringLiteral("SELECT %1 FROM planNodes n WHERE %2").arg(columns, condition.text),
             condition.parameters};
 }
 

@@ -1,154 +1,124 @@
 #include "SqliteDatabase.h"
 
-#include "DatabaseTime.h"
-
-#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QSqlDriver>
 #include <QtEndian>
 
-#include <atomic>
-
 namespace PlanService {
 
 namespace {
 
-QString nextConnectionName()
+// Writers of this process take turns, as a plan of 100,000 nodes takes longer to write than one waits for
+// another program that holds the database.
+std::timed_mutex writers;
+constexpr std::chrono::seconds longestTurn{60};
+
+const SqlWords& words()
 {
-    static std::atomic<int> number{0};
-    return QStringLiteral("planservice-%1").arg(number.fetch_add(1));
+    const auto word = [](const char* sql) {
+        return QString::fromLatin1(sql);
+    };
+    static const SqlWords all{
+        {word("bytes"), word("BLOB")},
+        {word("json"), word("TEXT")},
+        {word("quote"), word("json_quote")},
+        {word("position"), word("instr")},
+        {word("elements"), word("json_each")},
+        {word("numbered"), word("%1")},
+        {word("array"), word("json_group_array")},
+        {word("join"), word("group_concat")},
+        {word("object"), word("json_object")},
+        {word("text"), word("json_extract(%1document, '$.%2')")},
+        {word("number"), word("json_extract(%1document, '$.%2')")},
+        {word("real"), word("json_extract(%1document, '$.%2')")},
+        {word("flag"), word("json_extract(%1document, '$.%2')")},
+        {word("list"), word("json_extract(%1document, '$.%2')")},
+        {word("hex"), word("printf('%08x', %1)")},
+        {word("loose"), word("+%1")},
+        {word("by"), word("INDEXED BY %1")},
+        {word("then"), word("CROSS JOIN")},
+        {word("again"), QString()},
+        {word("changed"), QString()},
+        {word("kept"), QString()},
+    };
+    return all;
 }
 
 } // namespace
 
 SqliteDatabase::SqliteDatabase(const QString& path)
-    : m_path(path)
-    , m_connectionName(nextConnectionName())
-    , m_database(QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connectionName))
+    : SqlDatabase(QStringLiteral("QSQLITE"), path, words())
 {
-    m_database.setDatabaseName(path);
-    m_database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
-    if (!m_database.open()) {
-        const QString reason = m_database.lastError().text();
-        m_database = QSqlDatabase();
-        QSqlDatabase::removeDatabase(m_connectionName);
+    connection().setDatabaseName(path);
+    connection().setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
+    if (!connection().open()) {
         throw StoreError(QStringLiteral("cannot open database '%1': %2; check the path and its permissions")
-                             .arg(path, reason.simplified()));
+                             .arg(path, connection().lastError().text().simplified()));
     }
     // The driver and this program use the one SQLite library of the system.
-    const QVariant handle = m_database.driver()->handle();
+    const QVariant handle = connection().driver()->handle();
     m_patterns.addTo(*static_cast<sqlite3* const*>(handle.constData()));
 }
 
 SqliteDatabase::~SqliteDatabase()
 {
-    // The driver keeps the file open as long as one statement lives.
-    m_statements.clear();
-    m_database.close();
-    m_database = QSqlDatabase();
-    QSqlDatabase::removeDatabase(m_connectionName);
+    // The patterns go before the connection that asks for them.
+    dropStatements();
 }
 
-void SqliteDatabase::execute(const QString& sql)
+void SqliteDatabase::setUp()
 {
-    const DatabaseTime time;
-    QSqlQuery query(m_database);
-    if (!query.exec(sql)) {
-        fail(query.lastError());
-    }
+    execute(QStringLiteral("PRAGMA journal_mode = WAL"));
+    execute(QStringLiteral("PRAGMA synchronous = FULL"));
+    execute(QStringLiteral("PRAGMA foreign_keys = ON"));
+    execute(QStringLiteral("PRAGMA mmap_size = 268435456"));
+    // A transaction that outgrows its cache writes its pages more than once.
+    execute(QStringLiteral("PRAGMA cache_size = -65536"));
 }
 
-QSqlQuery& SqliteDatabase::run(const QString& sql, const QVariantList& parameters)
-{
-    const DatabaseTime time;
-    std::shared_ptr<QSqlQuery>& statement = m_statements[sql];
-    if (!statement) {
-        auto fresh = std::make_shared<QSqlQuery>(m_database);
-        fresh->setForwardOnly(true);
-        if (!fresh->prepare(sql)) {
-            fail(fresh->lastError());
-        }
-        statement = std::move(fresh);
-    }
-    for (int i = 0; i < parameters.size(); ++i) {
-        statement->bindValue(i, parameters.at(i));
-    }
-    if (!statement->exec()) {
-        const QSqlError error = statement->lastError();
-        statement->finish();
-        fail(error);
-    }
-    return *statement;
-}
-
-QSqlQuery SqliteDatabase::runOnce(const QString& sql, const QVariantList& parameters)
-{
-    const DatabaseTime time;
-    QSqlQuery query(m_database);
-    query.setForwardOnly(true);
-    if (!query.prepare(sql)) {
-        fail(query.lastError());
-    }
-    for (int i = 0; i < parameters.size(); ++i) {
-        query.bindValue(i, parameters.at(i));
-    }
-    m_patterns.restart();
-    if (!query.exec()) {
-        fail(query.lastError());
-    }
-    return query;
-}
-
-bool SqliteDatabase::next(QSqlQuery& rows) const
-{
-    const DatabaseTime time;
-    if (rows.next()) {
-        return true;
-    }
-    if (rows.lastError().isValid()) {
-        fail(rows.lastError());
-    }
-    return false;
-}
-
-QVariant SqliteDatabase::value(const QString& sql, const QVariantList& parameters)
-{
-    QSqlQuery& query = run(sql, parameters);
-    const QVariant result = query.next() ? query.value(0) : QVariant();
-    query.finish();
-    return result;
-}
-
-void SqliteDatabase::begin()
+void SqliteDatabase::beginReading()
 {
     run(QStringLiteral("BEGIN")).finish();
 }
 
-void SqliteDatabase::beginImmediate()
+void SqliteDatabase::beginWriting()
 {
+    std::unique_lock<std::timed_mutex> turn(writers, std::defer_lock);
+    if (!turn.try_lock_for(longestTurn)) {
+        throw StoreBusy(
+            QStringLiteral("database '%1': other requests were writing for too long").arg(name()));
+    }
     run(QStringLiteral("BEGIN IMMEDIATE")).finish();
+    m_turn = std::move(turn);
 }
 
 void SqliteDatabase::commit()
 {
-    run(QStringLiteral("COMMIT")).finish();
+    SqlDatabase::commit();
+    m_turn = {};
 }
 
 void SqliteDatabase::rollback() noexcept
 {
-    // A statement that is still being read would keep the transaction open.
-    for (const std::shared_ptr<QSqlQuery>& statement : qAsConst(m_statements)) {
-        if (statement) {
-            statement->finish();
-        }
-    }
-    QSqlQuery(m_database).exec(QStringLiteral("ROLLBACK"));
+    SqlDatabase::rollback();
+    m_turn = {};
 }
 
-void SqliteDatabase::fail(const QSqlError& error) const
+int SqliteDatabase::schemaVersion()
 {
-    const QString message = QStringLiteral("database '%1': %2").arg(m_path, error.text().simplified());
+    return value(QStringLiteral("PRAGMA user_version")).toInt();
+}
+
+void SqliteDatabase::setSchemaVersion(int version)
+{
+    execute(QStringLiteral("PRAGMA application_id = %1").arg(applicationId));
+    execute(QStringLiteral("PRAGMA user_version = %1").arg(version));
+}
+
+void SqliteDatabase::fail(const QSqlError& error)
+{
+    const QString message = QStringLiteral("database '%1': %2").arg(name(), error.text().simplified());
     // The low byte is SQLite's primary code, 5 is SQLITE_BUSY.
     if ((error.nativeErrorCode().toInt() & 0xFF) == 5) {
         throw StoreBusy(message);

@@ -7,7 +7,7 @@ struct sqlite3;
 namespace PlanService {
 
 /// Gives a connection the function matches(pattern, text). A statement that uses it longer than
-/// setLongestSearch() allows fails with the message tooSlowMessage.
+/// restart() allows fails with the message tooSlowMessage.
 class SqlitePatterns
 {
 public:
@@ -16,13 +16,16 @@ public:
     /// The object has to outlive the connection's statements.
     void addTo(sqlite3* connection);
     /// To be called when a statement begins.
-    void restart() { m_timer.start(); }
+    void restart(int longestMs)
+    {
+        m_timer.start();
+        m_longestMs = longestMs;
+    }
     bool isTooSlow() const { return m_timer.hasExpired(m_longestMs); }
-    void setLongestSearch(int milliseconds) { m_longestMs = milliseconds; }
 
 private:
     QElapsedTimer m_timer;
-    int m_longestMs = 5000;
+    int m_longestMs = 0;
 };
 
 } // namespace PlanService

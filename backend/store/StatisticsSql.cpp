@@ -8,7 +8,7 @@ namespace {
 
 // The index holds every column that is looked at; another one may promise fewer rows and would cost a look
 // at each.
-constexpr const char* countedNodes = "planNodes INDEXED BY planNodesByProject";
+constexpr const char* countedNodes = "planNodes {by planNodesByProject}";
 
 constexpr const char* statusSql = "CASE WHEN actualFinishDate IS NOT NULL THEN 2"
                                   " WHEN actualStartDate IS NOT NULL THEN 1 ELSE 0 END";

@@ -31,6 +31,34 @@ public:
     using StoreError::StoreError;
 };
 
+/// Others changed the same at the same time. Nothing was kept; the same call may succeed at once.
+class StoreConflict : public StoreBusy
+{
+public:
+    using StoreBusy::StoreBusy;
+};
+
+/// The database does not answer any more. Nothing was kept; a later call connects anew.
+class StoreLost : public StoreBusy
+{
+public:
+    using StoreBusy::StoreBusy;
+};
+
+/// The database went while it was told to keep what was written: it may have done so or not.
+class StoreUnsure : public StoreError
+{
+public:
+    using StoreError::StoreError;
+};
+
+/// The database is a copy that takes no changes.
+class StoreReadOnly : public StoreError
+{
+public:
+    using StoreError::StoreError;
+};
+
 /// A search did not end in the time that one may take.
 class StoreTooSlow : public StoreError
 {
@@ -85,6 +113,20 @@ inline QString peopleText(const QStringList& users)
                 QLatin1Char('\n');
     }
     return text;
+}
+
+/// The names in such a text, a name once for each list that it is in.
+inline QStringList peopleIn(const QString& text)
+{
+    QStringList users = text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    for (QString& user : users) {
+        // A line end was written as \n, and each backslash as two.
+        for (int i = user.indexOf(QLatin1Char('\\')); i >= 0; i = user.indexOf(QLatin1Char('\\'), i + 1)) {
+            const bool lineEnd = user.midRef(i + 1, 1) == QLatin1String("n");
+            user.replace(i, 2, lineEnd ? QLatin1Char('\n') : QLatin1Char('\\'));
+        }
+    }
+    return users;
 }
 
 /// A document attached to nodes or responses.

@@ -32,14 +32,14 @@ void addVisibility(const Visibility& visible, const SqlCondition& own, SqlCondit
         choices += QLatin1Char('(') + others.join(QLatin1String(" AND ")) + QLatin1Char(')');
     }
     condition.also(choices.isEmpty()
-                       ? QStringLiteral("0")
+                       ? QStringLiteral("FALSE")
                        : QLatin1Char('(') + choices.join(QLatin1String(" OR ")) + QLatin1Char(')'),
                    parameters);
 }
 
 SqlCondition worksOn(const QString& user)
 {
-    return {QStringLiteral("instr(people, ?)"), {peopleText({user})}};
+    return {QStringLiteral("{position}(people, ?) > 0"), {peopleText({user})}};
 }
 
 SqlCondition ownNode(const QString& user)

@@ -11,6 +11,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QStringList>
+#include <QTemporaryDir>
 
 namespace KvTest {
 
@@ -27,10 +28,13 @@ inline QString refusalOf(const QString& where, const QVector<PlanService::Filter
     return QString();
 }
 
-/// How the database means to answer the statement, a line a step.
-inline QString stepsOf(const QString& databaseFile, const PlanService::SqlStatement& statement)
+/// How an SQLite database means to answer the statement, a line a step.
+inline QString stepsOf(const PlanService::SqlStatement& statement)
 {
-    PlanService::SqliteDatabase database(databaseFile);
+    const QTemporaryDir folder;
+    const QString file = folder.filePath("steps.db"_s);
+    PlanService::openStore(file, PlanService::MissingDatabase::Create);
+    PlanService::SqliteDatabase database(file);
     QSqlQuery rows = database.runOnce("EXPLAIN QUERY PLAN "_s + statement.text, statement.parameters);
     QStringList steps;
     while (database.next(rows)) {

@@ -1,4 +1,5 @@
 #include "ApiStatus.h"
+#include "FreshDatabase.h"
 #include "Text.h"
 #include "access/Caller.h"
 #include "access/Tokens.h"
@@ -30,6 +31,7 @@ class TestAccess : public QObject
 
 private:
     QTemporaryDir m_folder;
+    std::unique_ptr<KvTest::FreshDatabase> m_database;
     std::unique_ptr<Store> m_store;
 
     QByteArray addToken(const QString& user, const QList<RightsRecord>& rights, const QString& expiresAt = {})
@@ -51,7 +53,9 @@ private Q_SLOTS:
     void init()
     {
         static int number = 0;
-        m_store = openStore(m_folder.filePath("%1.db"_s.arg(++number)), MissingDatabase::Create);
+        m_store.reset();
+        m_database = std::make_unique<KvTest::FreshDatabase>(m_folder.filePath("%1.db"_s.arg(++number)));
+        m_store = openStore(m_database->name(), MissingDatabase::Create);
     }
 
     void tokensDifferAndAreStoredHashed()

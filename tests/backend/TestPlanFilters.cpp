@@ -1,10 +1,12 @@
 // What filters hold for, what they refuse, and how the database answers them.
 
 #include "FilterQueries.h"
+#include "FreshDatabase.h"
 #include "filters/Pattern.h"
 #include "filters/PlanFields.h"
 #include "store/Migrations.h"
-#include "store/SqliteStore.h"
+#include "store/OpenStore.h"
+#include "store/SqliteDatabase.h"
 
 #include <QElapsedTimer>
 #include <QJsonArray>
@@ -65,17 +67,18 @@ class TestPlanFilters : public QObject
 
 private:
     QTemporaryDir m_folder;
+    KvTest::FreshDatabase m_database{m_folder.filePath("a.db"_s)};
     std::unique_ptr<Store> m_store;
 
     QStringList queryPlan(const PlanQuery& query)
     {
-        return KvTest::stepsOf(m_folder.filePath("a.db"_s), planListSql(query)).split(QLatin1Char('\n'));
+        return KvTest::stepsOf(planListSql(query)).split(QLatin1Char('\n'));
     }
 
 private Q_SLOTS:
     void initTestCase()
     {
-        m_store = openStore(m_folder.filePath("a.db"_s), MissingDatabase::Create);
+        m_store = openStore(m_database.name(), MissingDatabase::Create);
         add(*m_store, "c"_s, "Tower 10% \"A\""_s, "2026-03-02T08:00:00.000"_s);
         add(*m_store, "b"_s, "第2层"_s, "2026-03-02T08:00:00.000"_s, "c2"_s, "bo"_s, {"r1"_s, "r2"_s});
         add(*m_store, "a"_s, "tower b"_s, "2026-03-05T00:00:00.000"_s, ""_s, "bo"_s, {"r2"_s});
@@ -253,7 +256,7 @@ private Q_SLOTS:
 
     void givesUpASearchThatTakesTooLong()
     {
-        SqliteDatabase database(m_folder.filePath("a.db"_s));
+        SqliteDatabase database(m_folder.filePath("slow.db"_s));
         database.setLongestSearch(50);
         const QString search = "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %1)"
                                " SELECT count(*) FROM n WHERE matches('(a|b|ab)*c', ? || i)"_s;

@@ -1,6 +1,7 @@
 // What every filter on nodes finds, and which ones are refused.
 
 #include "FilterQueries.h"
+#include "FreshDatabase.h"
 #include "PlanNodeSample.h"
 #include "store/PlanNodeListSql.h"
 
@@ -15,10 +16,11 @@ class TestPlanNodeFilters : public QObject
 
 private:
     QTemporaryDir m_folder;
+    KvTest::FreshDatabase m_database{m_folder.filePath("a.db"_s)};
     std::unique_ptr<Store> m_store;
 
 private Q_SLOTS:
-    void initTestCase() { m_store = openNodeSample(m_folder.filePath("a.db"_s)); }
+    void initTestCase() { m_store = openNodeSample(m_database.name()); }
 
     void finds_data()
     {

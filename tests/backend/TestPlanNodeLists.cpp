@@ -1,6 +1,7 @@
 // Which nodes a list holds besides what it is filtered by, in which order, with what, and from which index.
 
 #include "FilterQueries.h"
+#include "FreshDatabase.h"
 #include "PlanNodeSample.h"
 #include "store/PlanNodeListSql.h"
 
@@ -17,15 +18,13 @@ class TestPlanNodeLists : public QObject
 
 private:
     QTemporaryDir m_folder;
+    KvTest::FreshDatabase m_database{m_folder.filePath("a.db"_s)};
     std::unique_ptr<Store> m_store;
 
-    QString stepsFor(const PlanNodeQuery& query)
-    {
-        return stepsOf(m_folder.filePath("a.db"_s), planNodeListSql(query));
-    }
+    QString stepsFor(const PlanNodeQuery& query) { return stepsOf(planNodeListSql(query)); }
 
 private Q_SLOTS:
-    void initTestCase() { m_store = openNodeSample(m_folder.filePath("a.db"_s)); }
+    void initTestCase() { m_store = openNodeSample(m_database.name()); }
 
     void states_data()
     {

@@ -1,6 +1,7 @@
 // How the store counts progress: whose nodes it takes, and what it looks at to do so.
 
 #include "FilterQueries.h"
+#include "FreshDatabase.h"
 #include "store/OpenStore.h"
 #include "store/SqliteDatabase.h"
 #include "store/StatisticsSql.h"
@@ -16,6 +17,7 @@ class TestProgressStore : public QObject
 
 private:
     QTemporaryDir m_folder;
+    KvTest::FreshDatabase m_database{m_folder.filePath("a.db"_s)};
     std::unique_ptr<Store> m_store;
     int m_nodes = 0;
 
@@ -53,7 +55,7 @@ private:
 private Q_SLOTS:
     void initTestCase()
     {
-        m_store = openStore(m_folder.filePath("a.db"_s), MissingDatabase::Create);
+        m_store = openStore(m_database.name(), MissingDatabase::Create);
         m_store->insertPlan({"plan"_s, "p1"_s, "c1"_s, "Tower"_s, {}, {}, "ann"_s, "{}"});
         add("c1"_s, "ann"_s, {});
         add("c1"_s, "bo"_s, {"ann"_s, "cy"_s}, "2026-03-09T17:00:00.000"_s);
@@ -129,7 +131,7 @@ private Q_SLOTS:
         for (const NodeScope& scope : {everything(), narrow, own}) {
             for (const SqlStatement& statement :
                  {nodeCountSql(scope, "2026-03-02"_s), finishedPerDaySql(scope)}) {
-                const QString steps = KvTest::stepsOf(m_folder.filePath("a.db"_s), statement);
+                const QString steps = KvTest::stepsOf(statement);
                 QVERIFY2(steps.startsWith("SEARCH planNodes USING COVERING INDEX planNodesByProject"_s),
                          qPrintable(steps));
             }

@@ -168,7 +168,7 @@ private Q_SLOTS:
         m_http = std::make_unique<RawHttp>(m_service.port());
         fill(m_here);
         fill(m_there);
-        m_store = PlanService::connectStore(m_service.databaseFile());
+        m_store = PlanService::connectStore(m_service.database());
     }
     void cleanupTestCase() { QVERIFY2(m_service.stop(), qPrintable(m_service.failure())); }
 

@@ -1,3 +1,4 @@
+#include "FreshDatabase.h"
 #include "Text.h"
 #include "seed/SampleModel.h"
 #include "seed/SampleProject.h"
@@ -511,7 +512,8 @@ private Q_SLOTS:
     {
         QFETCH(int, nodes);
         const QTemporaryDir folder;
-        const auto store = openStore(folder.filePath("a.db"_s), MissingDatabase::Create);
+        KvTest::FreshDatabase database(folder.filePath("a.db"_s));
+        const auto store = openStore(database.name(), MissingDatabase::Create);
         const SampleProject project(ofSize(nodes));
         seedStore(project, *store);
         QByteArray served;
@@ -526,7 +528,8 @@ private Q_SLOTS:
     void everyNamedDocumentIsThere()
     {
         const QTemporaryDir folder;
-        const auto store = openStore(folder.filePath("a.db"_s), MissingDatabase::Create);
+        KvTest::FreshDatabase database(folder.filePath("a.db"_s));
+        const auto store = openStore(database.name(), MissingDatabase::Create);
         seedStore(SampleProject(SampleOptions()), *store);
         const QJsonArray nodes = sampleNodes(SampleOptions());
         for (const QJsonValue& value : nodes) {
@@ -545,10 +548,12 @@ private Q_SLOTS:
     void reportsFitTheNodes()
     {
         const QTemporaryDir folder;
-        const auto store = openStore(folder.filePath("a.db"_s), MissingDatabase::Create);
+        KvTest::FreshDatabase database(folder.filePath("a.db"_s));
+        const auto store = openStore(database.name(), MissingDatabase::Create);
         const SampleProject project{SampleOptions()};
         seedStore(project, *store);
-        const auto again = openStore(folder.filePath("b.db"_s), MissingDatabase::Create);
+        KvTest::FreshDatabase other(folder.filePath("b.db"_s));
+        const auto again = openStore(other.name(), MissingDatabase::Create);
         seedStore(project, *again);
         QSet<int> codes;
         int reported = 0;

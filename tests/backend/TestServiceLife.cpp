@@ -283,7 +283,7 @@ private Q_SLOTS:
         const QByteArray plan = service.seed({"--floors"_s, "1"_s}).value("planId"_s).toString().toLatin1();
         QVERIFY2(service.start(), qPrintable(service.failure()));
         PlanService::SqliteDatabase other(service.databaseFile());
-        other.beginImmediate();
+        other.beginWriting();
         RawHttp http(service.port());
         const RawReply reply = http.request("PUT", "/user-service/settings/k", "{\"value\":1}");
         QCOMPARE(reply.status, 503);

@@ -206,7 +206,7 @@ private Q_SLOTS:
     void aWorkerThatWaitsIsSeen()
     {
         PlanService::SqliteDatabase other(m_service.databaseFile());
-        other.beginImmediate();
+        other.beginWriting();
         RawHttp waiting(m_service.port());
         waiting.send("PUT /user-service/settings/k HTTP/1.1\r\nContent-Length: 11\r\n\r\n{\"value\":1}");
         // The one that waits for the database, and the one that answers this.
@@ -258,7 +258,7 @@ private Q_SLOTS:
     void troubleNamesItsRequest()
     {
         PlanService::SqliteDatabase other(m_service.databaseFile());
-        other.beginImmediate();
+        other.beginWriting();
         const RawReply reply =
             RawHttp(m_service.port()).request("PUT", "/user-service/settings/k", "{\"value\":\"topSecret\"}");
         QCOMPARE(reply.status, 503);

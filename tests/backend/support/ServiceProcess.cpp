@@ -49,7 +49,7 @@ ServiceRun ServiceProcess::run(const QStringList& arguments, int timeoutMs)
 QJsonObject ServiceProcess::seed(const QStringList& arguments)
 {
     const ServiceRun result = run(QStringList{QStringLiteral("seed"), QStringLiteral("--database"),
-                                              databaseFile(), QStringLiteral("--json")} +
+                                              database(), QStringLiteral("--json")} +
                                   arguments);
     m_failure = QString::fromUtf8(result.errors);
     return result.exitCode == 0 ? QJsonDocument::fromJson(result.output).object() : QJsonObject();
@@ -59,7 +59,7 @@ QByteArray ServiceProcess::createToken(const QString& user, const QString& proje
                                        const QString& category)
 {
     const ServiceRun result =
-        run({QStringLiteral("token"), QStringLiteral("create"), QStringLiteral("--database"), databaseFile(),
+        run({QStringLiteral("token"), QStringLiteral("create"), QStringLiteral("--database"), database(),
              QStringLiteral("--user"), user, QStringLiteral("--project"), project, QStringLiteral("--rights"),
              rights, QStringLiteral("--category"), category});
     m_failure = QString::fromUtf8(result.errors);
@@ -69,7 +69,7 @@ QByteArray ServiceProcess::createToken(const QString& user, const QString& proje
 bool ServiceProcess::start(const QStringList& arguments)
 {
     kill();
-    m_process.setArguments(QStringList{QStringLiteral("serve"), QStringLiteral("--database"), databaseFile(),
+    m_process.setArguments(QStringList{QStringLiteral("serve"), QStringLiteral("--database"), database(),
                                        QStringLiteral("--listen"), QStringLiteral("127.0.0.1"),
                                        QStringLiteral("--port"), QStringLiteral("0")} +
                            arguments);
@@ -122,11 +122,6 @@ void ServiceProcess::kill()
         m_process.kill();
         m_process.waitForFinished();
     }
-}
-
-QString ServiceProcess::databaseFile() const
-{
-    return m_folder.filePath(QStringLiteral("plans.db"));
 }
 
 QByteArray ServiceProcess::log() const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "FreshDatabase.h"
+
 #include <QJsonObject>
 #include <QProcess>
 #include <QStringList>
@@ -29,8 +31,8 @@ public:
 
     /// Path of the built planservice.
     static QString program();
-    /// Runs planservice with any arguments until it ends, at most @p timeoutMs; like all times of this class that
-    /// is longer for a sanitized service.
+    /// Runs planservice with any arguments until it ends, at most @p timeoutMs; like all times of this class
+    /// that is longer for a sanitized service.
     static ServiceRun run(const QStringList& arguments, int timeoutMs = 60000);
 
     /// `planservice seed` into the database with these further arguments. @return the summary it prints:
@@ -55,7 +57,10 @@ public:
     /// As "http://127.0.0.1:41234/"; empty before start(). A restart takes another port.
     QString baseUrl() const { return m_baseUrl; }
     quint16 port() const { return static_cast<quint16>(QUrl(m_baseUrl).port(0)); }
-    QString databaseFile() const;
+    /// What its --database names: databaseFile(), or what FreshDatabase says.
+    QString database() { return m_database.name(); }
+    /// Of an SQLite database.
+    QString databaseFile() const { return m_folder.filePath(QStringLiteral("plans.db")); }
     /// Everything the service wrote to stderr so far: the access log, one JSON object a line.
     QByteArray log() const;
     QString failure() const { return m_failure; }
@@ -63,6 +68,7 @@ public:
 
 private:
     QTemporaryDir m_folder;
+    FreshDatabase m_database{databaseFile()};
     QProcess m_process;
     QString m_baseUrl;
     QString m_failure;

@@ -1,17 +1,18 @@
 #pragma once
 
-#include "SqliteDatabase.h"
-
-#include <mutex>
+#include "SqlDatabase.h"
 
 namespace PlanService {
 
-/// The store on SQLite: write-ahead log, and every commit reaches the disk before it is answered.
-class SqliteStore final : public Store
+class PatternSearch;
+struct SqlStatement;
+
+/// The store on a database that speaks SQL, whichever it is.
+class SqlStore final : public Store
 {
 public:
     /// Opens an up-to-date database of ours; see openStore.
-    explicit SqliteStore(std::unique_ptr<SqliteDatabase> database);
+    explicit SqlStore(std::unique_ptr<SqlDatabase> database);
 
     int schemaVersion() override;
 
@@ -73,11 +74,22 @@ public:
 
 private:
     void appendNodes(const QString& planId, JsonPieces& pieces);
+    template<typename Query, typename Answer>
+    auto searched(const Query& query, SqlStatement (*rows)(const QString&, const Query&),
+                  const Answer& answer) -> decltype(answer(query));
+    /// Throws StoreTooSlow.
+    void lookFor(PatternSearch& search, const SqlStatement& candidates);
+    JsonPieces statementJson(const SqlStatement& statement);
+    int rowCount(const SqlStatement& statement);
     /// The first column of every row, which is JSON text, as one array.
-    JsonPieces rowsJson(QSqlQuery& rows) const;
+    JsonPieces rowsJson(QSqlQuery& rows);
+    /// For the end of a SELECT: keeps others from changing the row, while this store writes.
+    QString changedByUs() const;
+    /// The same, but only the row's end is kept away.
+    QString keptByUs() const;
 
-    std::unique_ptr<SqliteDatabase> m_database;
-    std::unique_lock<std::timed_mutex> m_turn; ///< held while this store writes
+    std::unique_ptr<SqlDatabase> m_database;
+    bool m_writing = false;
 };
 
 } // namespace PlanService

@@ -1,6 +1,6 @@
-// What writes plans of the SQLite store.
+// What writes plans.
 
-#include "SqliteStore.h"
+#include "SqlStore.h"
 
 namespace PlanService {
 
@@ -16,40 +16,36 @@ QVariant dateOrNull(const QString& date)
     return date.isEmpty() ? QVariant(QVariant::String) : QVariant(date);
 }
 
-QVariantList parametersOf(const PlanRecord& plan)
+QVariantList parametersOf(const PlanRecord& plan, const SqlDatabase& database)
 {
-    return {orEmpty(plan.projectId),
-            orEmpty(plan.category),
-            orEmpty(plan.name),
-            dateOrNull(plan.createdAt),
-            dateOrNull(plan.updatedAt),
-            orEmpty(plan.createdBy),
-            QString::fromUtf8(plan.document),
-            plan.id};
+    return {orEmpty(plan.projectId),      orEmpty(plan.category),
+            orEmpty(plan.name),           dateOrNull(plan.createdAt),
+            dateOrNull(plan.updatedAt),   orEmpty(plan.createdBy),
+            database.text(plan.document), plan.id};
 }
 
 } // namespace
 
-void SqliteStore::insertPlan(const PlanRecord& plan)
+void SqlStore::insertPlan(const PlanRecord& plan)
 {
     m_database
         ->run(
             sql("INSERT INTO plans (projectId, category, name, createdAt, updatedAt, createdBy, document, id)"
-                " VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),
-            parametersOf(plan))
+                " VALUES (?, ?, ?, ?, ?, ?, CAST(? AS TEXT), ?)"),
+            parametersOf(plan, *m_database))
         .finish();
 }
 
-void SqliteStore::updatePlan(const PlanRecord& plan)
+void SqlStore::updatePlan(const PlanRecord& plan)
 {
     m_database
         ->run(sql("UPDATE plans SET projectId = ?, category = ?, name = ?, createdAt = ?, updatedAt = ?,"
-                  " createdBy = ?, document = ? WHERE id = ?"),
-              parametersOf(plan))
+                  " createdBy = ?, document = CAST(? AS TEXT) WHERE id = ?"),
+              parametersOf(plan, *m_database))
         .finish();
 }
 
-bool SqliteStore::removePlan(const QString& planId)
+bool SqlStore::removePlan(const QString& planId)
 {
     // The nodes go with it, by the reference that they hold.
     QSqlQuery& removal = m_database->run(sql("DELETE FROM plans WHERE id = ?"), {planId});

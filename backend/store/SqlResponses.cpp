@@ -1,6 +1,6 @@
-// Responses of the SQLite store.
+// Responses.
 
-#include "SqliteStore.h"
+#include "SqlStore.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -12,19 +12,19 @@ namespace {
 /// The stored document of a response, as it is or with what it names put in front.
 #define PLANSERVICE_RESPONSE_JSON "r.document"
 #define PLANSERVICE_EXPANDED_RESPONSE_JSON                                                                   \
-    "'{\"documents\":' || (SELECT json_group_array(json(document)) FROM"                                     \
-    "  (SELECT d.document AS document FROM json_each(r.document, '$.documentIds') e"                         \
-    "   JOIN documents d ON d.id = e.value ORDER BY e.key))"                                                 \
+    "'{\"documents\":' || '[' || coalesce((SELECT {join}(document, ',') FROM"                                \
+    "  (SELECT d.document AS document FROM {elements}({list r.documentIds}) {numbered e}"                    \
+    "   JOIN documents d ON d.id = e.value ORDER BY e.key) d), '') || ']'"                                   \
     " || ',' || substr(r.document, 2)"
 
 } // namespace
 
-JsonPieces SqliteStore::responseListJson(const QString& planNodeId, bool withDocuments)
+JsonPieces SqlStore::responseListJson(const QString& planNodeId, bool withDocuments)
 {
     QSqlQuery& rows = m_database->run(
-        withDocuments ? QStringLiteral("SELECT CAST(" PLANSERVICE_EXPANDED_RESPONSE_JSON " AS BLOB)"
+        withDocuments ? QStringLiteral("SELECT CAST(" PLANSERVICE_EXPANDED_RESPONSE_JSON " AS {bytes})"
                                        " FROM responses r WHERE planNodeId = ? ORDER BY createdAt, number")
-                      : QStringLiteral("SELECT CAST(" PLANSERVICE_RESPONSE_JSON " AS BLOB)"
+                      : QStringLiteral("SELECT CAST(" PLANSERVICE_RESPONSE_JSON " AS {bytes})"
                                        " FROM responses r WHERE planNodeId = ? ORDER BY createdAt, number"),
         {planNodeId});
     const JsonPieces pieces = rowsJson(rows);
@@ -32,16 +32,16 @@ JsonPieces SqliteStore::responseListJson(const QString& planNodeId, bool withDoc
     return pieces;
 }
 
-JsonPieces SqliteStore::responseJson(const QString& responseId)
+JsonPieces SqlStore::responseJson(const QString& responseId)
 {
     const QVariant response =
-        m_database->value(QStringLiteral("SELECT CAST(" PLANSERVICE_EXPANDED_RESPONSE_JSON " AS BLOB)"
+        m_database->value(QStringLiteral("SELECT CAST(" PLANSERVICE_EXPANDED_RESPONSE_JSON " AS {bytes})"
                                          " FROM responses r WHERE id = ?"),
                           {responseId});
     return response.isValid() ? JsonPieces{response.toByteArray()} : JsonPieces();
 }
 
-bool SqliteStore::hasResponse(const QString& planNodeId, const QString& responseId)
+bool SqlStore::hasResponse(const QString& planNodeId, const QString& responseId)
 {
     return m_database
         ->value(QStringLiteral("SELECT EXISTS (SELECT 1 FROM responses WHERE id = ? AND planNodeId = ?)"),
@@ -49,23 +49,23 @@ bool SqliteStore::hasResponse(const QString& planNodeId, const QString& response
         .toBool();
 }
 
-void SqliteStore::insertResponse(const ResponseRecord& response)
+void SqlStore::insertResponse(const ResponseRecord& response)
 {
     m_database
-        ->run(
-            QStringLiteral("INSERT INTO responses (id, planNodeId, createdAt, document) VALUES (?, ?, ?, ?)"),
-            {response.id, response.planNodeId, response.createdAt, QString::fromUtf8(response.document)})
+        ->run(QStringLiteral("INSERT INTO responses (id, planNodeId, createdAt, document)"
+                             " VALUES (?, ?, ?, CAST(? AS TEXT))"),
+              {response.id, response.planNodeId, response.createdAt, m_database->text(response.document)})
         .finish();
 }
 
-QStringList SqliteStore::missingDocuments(const QString& projectId, const QStringList& ids)
+QStringList SqlStore::missingDocuments(const QString& projectId, const QStringList& ids)
 {
     const QByteArray list = QJsonDocument(QJsonArray::fromStringList(ids)).toJson(QJsonDocument::Compact);
     QSqlQuery& rows = m_database->run(
         QStringLiteral(
-            "SELECT e.value FROM json_each(?) e WHERE NOT EXISTS"
+            "SELECT e.value FROM {elements}(CAST(? AS {json})) {numbered e} WHERE NOT EXISTS"
             " (SELECT 1 FROM documents d WHERE d.id = e.value AND d.projectId = ?) ORDER BY e.key"),
-        {QString::fromUtf8(list), projectId});
+        {m_database->text(list), projectId});
     QStringList missing;
     while (m_database->next(rows)) {
         missing.append(rows.value(0).toString());

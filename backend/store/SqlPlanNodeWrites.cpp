@@ -1,6 +1,6 @@
-// What writes nodes of the SQLite store.
+// What writes nodes.
 
-#include "SqliteStore.h"
+#include "SqlStore.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -20,7 +20,7 @@ QVariant dateOrNull(const QString& date)
 }
 
 /// The document goes in as the bytes that it is, without a way through UTF-16.
-QVariantList parametersOf(const PlanNodeRecord& node)
+QVariantList parametersOf(const PlanNodeRecord& node, const SqlDatabase& database)
 {
     return {node.planId.isEmpty() ? QVariant(QVariant::String) : node.planId,
             orEmpty(node.projectId),
@@ -37,13 +37,13 @@ QVariantList parametersOf(const PlanNodeRecord& node)
             dateOrNull(node.updatedAt),
             orEmpty(node.createdBy),
             orEmpty(node.people),
-            node.document,
+            database.text(node.document),
             node.id};
 }
 
 } // namespace
 
-bool SqliteStore::addPlanNode(const PlanNodeRecord& node)
+bool SqlStore::addPlanNode(const PlanNodeRecord& node)
 {
     QSqlQuery& insertion =
         m_database->run(sql("INSERT INTO planNodes (planId, projectId, category, name, rowNumber, uniqueId,"
@@ -51,29 +51,29 @@ bool SqliteStore::addPlanNode(const PlanNodeRecord& node)
                             " createdAt, updatedAt, createdBy, people, document, id)"
                             " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, CAST(? AS TEXT), ?)"
                             " ON CONFLICT(id) DO NOTHING"),
-                        parametersOf(node));
+                        parametersOf(node, *m_database));
     const bool added = insertion.numRowsAffected() > 0;
     insertion.finish();
     return added;
 }
 
-void SqliteStore::insertPlanNode(const PlanNodeRecord& node)
+void SqlStore::insertPlanNode(const PlanNodeRecord& node)
 {
     if (!addPlanNode(node)) {
         throw StoreError(
-            QStringLiteral("database '%1': there is a node '%2' already").arg(m_database->path(), node.id));
+            QStringLiteral("database '%1': there is a node '%2' already").arg(m_database->name(), node.id));
     }
 }
 
-void SqliteStore::insertDocument(const DocumentRecord& document)
+void SqlStore::insertDocument(const DocumentRecord& document)
 {
     m_database
-        ->run(sql("INSERT INTO documents (id, projectId, document) VALUES (?, ?, ?)"),
-              {document.id, orEmpty(document.projectId), QString::fromUtf8(document.document)})
+        ->run(sql("INSERT INTO documents (id, projectId, document) VALUES (?, ?, CAST(? AS TEXT))"),
+              {document.id, orEmpty(document.projectId), m_database->text(document.document)})
         .finish();
 }
 
-void SqliteStore::updatePlanNode(const PlanNodeRecord& node)
+void SqlStore::updatePlanNode(const PlanNodeRecord& node)
 {
     m_database
         ->run(sql("UPDATE planNodes SET planId = ?, projectId = ?, category = ?, name = ?, rowNumber = ?,"
@@ -81,30 +81,32 @@ void SqliteStore::updatePlanNode(const PlanNodeRecord& node)
                   " actualFinishDate = ?, createdAt = ?, updatedAt = ?, createdBy = ?, people = ?, document "
                   "= CAST(? AS TEXT)"
                   " WHERE id = ?"),
-              parametersOf(node))
+              parametersOf(node, *m_database))
         .finish();
 }
 
-void SqliteStore::moveNodes(const QString& planId, const QString& fromCategory, const QString& toCategory)
+void SqlStore::moveNodes(const QString& planId, const QString& fromCategory, const QString& toCategory)
 {
     m_database
-        ->run(sql("UPDATE planNodes SET category = ?, document = json_set(document, '$.category', ?)"
+        ->run(sql("UPDATE planNodes SET category = ?, document = json_patch(document, "
+                  "CAST({object}('category', CAST(? AS TEXT)) AS TEXT))"
                   " WHERE planId = ? AND category = ?"),
               {orEmpty(toCategory), orEmpty(toCategory), planId, orEmpty(fromCategory)})
         .finish();
 }
 
-void SqliteStore::keepPlanNodes(const QString& planId, const QStringList& ids)
+void SqlStore::keepPlanNodes(const QString& planId, const QStringList& ids)
 {
     // As one list, whose size no limit on the number of parameters holds down.
     const QByteArray list = QJsonDocument(QJsonArray::fromStringList(ids)).toJson(QJsonDocument::Compact);
     m_database
-        ->run(sql("DELETE FROM planNodes WHERE planId = ? AND id NOT IN (SELECT value FROM json_each(?))"),
-              {planId, QString::fromUtf8(list)})
+        ->run(sql("DELETE FROM planNodes WHERE planId = ? AND id NOT IN"
+                  " (SELECT value FROM {elements}(CAST(? AS {json})))"),
+              {planId, m_database->text(list)})
         .finish();
 }
 
-bool SqliteStore::removePlanNode(const QString& planNodeId)
+bool SqlStore::removePlanNode(const QString& planNodeId)
 {
     QSqlQuery& removal = m_database->run(sql("DELETE FROM planNodes WHERE id = ?"), {planNodeId});
     const bool found = removal.numRowsAffected() > 0;
@@ -112,7 +114,7 @@ bool SqliteStore::removePlanNode(const QString& planNodeId)
     return found;
 }
 
-void SqliteStore::copyPlanNodes(const QString& fromPlanId, const PlanRecord& plan, const QString& idPrefix)
+void SqlStore::copyPlanNodes(const QString& fromPlanId, const PlanRecord& plan, const QString& idPrefix)
 {
     m_database
         ->run(sql("INSERT INTO planNodes (id, planId, projectId, category, name, rowNumber, uniqueId,"
@@ -120,11 +122,11 @@ void SqliteStore::copyPlanNodes(const QString& fromPlanId, const PlanRecord& pla
                   " createdAt, updatedAt, createdBy, people, document)"
                   " SELECT newId, p.id, projectId, category, name, rowNumber, uniqueId, parentTaskId,"
                   " startDate, finishDate, actualStartDate, actualFinishDate, p.at, p.at, p.by, people,"
-                  " json_set(json_remove(document, '$.GUID'), '$._id', newId, '$.planId', p.id,"
-                  " '$.createdAt', p.at, '$.createdBy', p.by, '$.updatedAt', p.at, '$.updatedBy', p.by)"
+                  " json_patch(document, CAST({object}('GUID', NULL, '_id', newId, 'planId', p.id,"
+                  " 'createdAt', p.at, 'createdBy', p.by, 'updatedAt', p.at, 'updatedBy', p.by) AS TEXT))"
                   " FROM (SELECT ? AS id, ? AS at, ? AS by) p,"
-                  " (SELECT *, ? || printf('%08x', row_number() OVER (ORDER BY rowNumber, id)) AS newId"
-                  "  FROM planNodes WHERE planId = ?)"),
+                  " (SELECT *, ? || {hex row_number() OVER (ORDER BY rowNumber, id)} AS newId"
+                  "  FROM planNodes WHERE planId = ?) n"),
               {plan.id, plan.createdAt, orEmpty(plan.createdBy), idPrefix, fromPlanId})
         .finish();
 }

@@ -1,6 +1,7 @@
-// Metering states of the SQLite store.
+// Metering states.
 
-#include "SqliteStore.h"
+#include "PlanListSql.h"
+#include "SqlSearch.h"
 #include "VisibilitySql.h"
 
 namespace PlanService {
@@ -26,9 +27,16 @@ SqlCondition conditionOf(const TaskStateQuery& query)
     return condition;
 }
 
+SqlStatement stateRowsSql(const QString& columns, const TaskStateQuery& query)
+{
+    const SqlCondition condition = conditionOf(query);
+    return {QStringLiteral("SELECT %1 FROM taskStates WHERE %2").arg(columns, condition.text),
+            condition.parameters};
+}
+
 } // namespace
 
-std::optional<TaskStateRecord> SqliteStore::taskState(const QString& taskId)
+std::optional<TaskStateRecord> SqlStore::taskState(const QString& taskId)
 {
     QSqlQuery& row = m_database->run(
         QStringLiteral("SELECT id, projectId, planId, responseId, state FROM taskStates WHERE taskId = ?"),
@@ -43,27 +51,26 @@ std::optional<TaskStateRecord> SqliteStore::taskState(const QString& taskId)
     return state;
 }
 
-JsonPieces SqliteStore::taskStateListJson(const TaskStateQuery& query)
+JsonPieces SqlStore::taskStateListJson(const TaskStateQuery& query)
 {
-    const SqlCondition condition = conditionOf(query);
-    QSqlQuery rows = m_database->runOnce(
-        QStringLiteral("SELECT CAST(json_object('_id', id, 'planId', planId, 'taskId', taskId,"
-                       " 'responseId', responseId, 'state', state) AS BLOB)"
-                       " FROM taskStates WHERE %1 ORDER BY number")
-            .arg(condition.text),
-        condition.parameters);
-    return rowsJson(rows);
+    return searched(query, stateRowsSql, [this](const TaskStateQuery& found) {
+        SqlStatement statement =
+            stateRowsSql(QStringLiteral("CAST({object}('_id', id, 'planId', planId, 'taskId', taskId,"
+                                        " 'responseId', responseId, 'state', state) AS {bytes})"),
+                         found);
+        statement.text += QLatin1String(" ORDER BY number");
+        return statementJson(statement);
+    });
 }
 
-int SqliteStore::taskStateCount(const TaskStateQuery& query)
+int SqlStore::taskStateCount(const TaskStateQuery& query)
 {
-    const SqlCondition condition = conditionOf(query);
-    QSqlQuery rows = m_database->runOnce(
-        QStringLiteral("SELECT count(*) FROM taskStates WHERE ") + condition.text, condition.parameters);
-    return m_database->next(rows) ? rows.value(0).toInt() : 0;
+    return searched(query, stateRowsSql, [this](const TaskStateQuery& found) {
+        return rowCount(stateRowsSql(countOfRows, found));
+    });
 }
 
-void SqliteStore::putTaskState(const TaskStateRecord& state)
+void SqlStore::putTaskState(const TaskStateRecord& state)
 {
     m_database
         ->run(QStringLiteral("INSERT INTO taskStates (id, projectId, planId, taskId, responseId, state)"

@@ -1,11 +1,11 @@
-// How far the nodes of a project are, as the SQLite store counts them.
+// How far the nodes of a project are.
 
-#include "SqliteStore.h"
+#include "SqlStore.h"
 #include "StatisticsSql.h"
 
 namespace PlanService {
 
-QVector<NodeCount> SqliteStore::nodeCounts(const NodeScope& scope, const QString& today)
+QVector<NodeCount> SqlStore::nodeCounts(const NodeScope& scope, const QString& today)
 {
     const SqlStatement statement = nodeCountSql(scope, today);
     QSqlQuery rows = m_database->runOnce(statement.text, statement.parameters);
@@ -17,7 +17,7 @@ QVector<NodeCount> SqliteStore::nodeCounts(const NodeScope& scope, const QString
     return counts;
 }
 
-QVector<DayCount> SqliteStore::finishedPerDay(const NodeScope& scope)
+QVector<DayCount> SqlStore::finishedPerDay(const NodeScope& scope)
 {
     const SqlStatement statement = finishedPerDaySql(scope);
     QSqlQuery rows = m_database->runOnce(statement.text, statement.parameters);

@@ -1,8 +1,7 @@
-// Plans of the SQLite store, with their nodes. JSON text is put together by the database; here it is only
-// carried.
+// Plans, with their nodes. JSON text is put together by the database; here it is only carried.
 
 #include "PlanNodeJsonSql.h"
-#include "SqliteStore.h"
+#include "SqlStore.h"
 
 #include <limits>
 
@@ -21,10 +20,10 @@ QString sql(const char* text)
 
 } // namespace
 
-std::optional<Ownership> SqliteStore::planOwnership(const QString& planId)
+std::optional<Ownership> SqlStore::planOwnership(const QString& planId)
 {
-    QSqlQuery& row =
-        m_database->run(sql("SELECT projectId, category, createdBy FROM plans WHERE id = ?"), {planId});
+    QSqlQuery& row = m_database->run(
+        sql("SELECT projectId, category, createdBy FROM plans WHERE id = ?") + keptByUs(), {planId});
     std::optional<Ownership> ownership;
     if (row.next()) {
         ownership = Ownership{row.value(0).toString(), row.value(1).toString(), {row.value(2).toString()}};
@@ -33,14 +32,14 @@ std::optional<Ownership> SqliteStore::planOwnership(const QString& planId)
     return ownership;
 }
 
-JsonPieces SqliteStore::planJson(const QString& planId)
+JsonPieces SqlStore::planJson(const QString& planId)
 {
     JsonPieces pieces;
     // All pieces come from one snapshot, whatever is written meanwhile.
-    m_database->begin();
+    m_database->beginReading();
     try {
         const QVariant head = m_database->value(
-            sql("SELECT CAST(substr(document, 1, length(document) - 1) || ',\"tasks\":[' AS BLOB)"
+            sql("SELECT CAST(substr(document, 1, length(document) - 1) || ',\"tasks\":[' AS {bytes})"
                 " FROM plans WHERE id = ?"),
             {planId});
         if (head.isValid()) {
@@ -56,13 +55,13 @@ JsonPieces SqliteStore::planJson(const QString& planId)
     return pieces;
 }
 
-void SqliteStore::appendNodes(const QString& planId, JsonPieces& pieces)
+void SqlStore::appendNodes(const QString& planId, JsonPieces& pieces)
 {
-    const QString piece = sql("SELECT CAST(group_concat(node, ',') AS BLOB), count(*) FROM ("
+    const QString piece = sql("SELECT CAST({join}(node, ',') AS {bytes}), count(*) FROM ("
                               " SELECT " PLANSERVICE_NODE_JSON " || substr(n.document, 2) AS node"
                               " FROM planNodes n JOIN plans p ON p.id = n.planId"
                               " WHERE n.planId = ? AND (n.rowNumber, n.id) > (?, ?)"
-                              " ORDER BY n.rowNumber, n.id LIMIT ?)");
+                              " ORDER BY n.rowNumber, n.id LIMIT ?) nodes");
     const QString lastOfPiece = sql("SELECT rowNumber, id FROM planNodes"
                                     " WHERE planId = ? AND (rowNumber, id) > (?, ?)"
                                     " ORDER BY rowNumber, id LIMIT 1 OFFSET ?");
@@ -89,15 +88,16 @@ void SqliteStore::appendNodes(const QString& planId, JsonPieces& pieces)
     }
 }
 
-int SqliteStore::planNodeCount(const QString& planId)
+int SqlStore::planNodeCount(const QString& planId)
 {
     return m_database->value(sql("SELECT count(*) FROM planNodes WHERE planId = ?"), {planId}).toInt();
 }
 
-std::optional<PlanRecord> SqliteStore::plan(const QString& planId)
+std::optional<PlanRecord> SqlStore::plan(const QString& planId)
 {
     QSqlQuery& row = m_database->run(sql("SELECT projectId, category, name, createdAt, updatedAt, createdBy,"
-                                         " CAST(document AS BLOB) FROM plans WHERE id = ?"),
+                                         " CAST(document AS {bytes}) FROM plans WHERE id = ?") +
+                                         changedByUs(),
                                      {planId});
     std::optional<PlanRecord> plan;
     if (row.next()) {
@@ -114,7 +114,7 @@ std::optional<PlanRecord> SqliteStore::plan(const QString& planId)
     return plan;
 }
 
-bool SqliteStore::hasPlanNamed(const QString& projectId, const QString& name)
+bool SqlStore::hasPlanNamed(const QString& projectId, const QString& name)
 {
     return m_database
         ->value(sql("SELECT EXISTS (SELECT 1 FROM plans WHERE projectId = ? AND name = ?)"),
