@@ -3,7 +3,7 @@
 tree, and the tests have to notice it. Mistakes that do not compile do not count. What was tried is kept, so
 that a run that is broken off goes on where it was; a changed source file is tried anew.
 
-    tools/mutate.py [--count 300] [--seed 1] [--build build/mutate] [--only src/model]
+    tools/mutate.py [--count 300] [--seed 1] [--build build/mutate] [--only src/model] [--jobs 2] [--again]
 """
 import argparse
 import collections
@@ -12,16 +12,27 @@ import hashlib
 import json
 import os
 import pathlib
-import random
 import re
+import resource
 import shutil
 import signal
 import subprocess
 import sys
+import threading
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 ROOMS = ("model", "service", "plandata", "setting")
+
+LIBRARIES = ["KvPlanDataObjects", "KvPlanData"]
+
+# In the copies the objects are a library of their own, so that a mistake is linked once and not into every test.
+OBJECTS_AS_LIBRARY = b"""
+set_target_properties(KvPlanDataObjects PROPERTIES CXX_VISIBILITY_PRESET default VISIBILITY_INLINES_HIDDEN OFF)
+"""
+
+# Hints to the processor and to the allocator: what they change nobody can see, however wrong they are.
+HINT = re.compile(r"^[^\n;]*\bfetch\w*\([^\n;]*\n\{.*?^\}|^[^\n]*(?:\breserve\(|\bfetch\w*\(|\bFetchCount\b)[^\n]*", re.S | re.M)
 
 Edit = collections.namedtuple("Edit", "file at length text kind")
 
@@ -46,8 +57,11 @@ def edits_of(path):
     text, plain = code_only(source)
     name = str(path.relative_to(ROOT))
     found = []
+    hints = [match.span() for match in HINT.finditer(plain)]
 
     def add(match, replacement, kind, group=0):
+        if any(begin <= match.start() < end for begin, end in hints):
+            return
         found.append(Edit(name, match.start(group), match.end(group) - match.start(group), replacement, kind))
 
     comparisons = {"==": "!=", "!=": "==", "<=": "<", ">=": ">", " < ": " <= ", " > ": " >= ", "&&": "||", "||": "&&"}
@@ -83,27 +97,43 @@ def edits_of(path):
 
 
 class Copy:
-    """The copy of the tree, its build and its tests."""
+    """A copy of the tree, its build and its tests. Each worker has one of its own."""
 
     def __init__(self, folder):
         self.tree = folder / "tree"
         self.build = folder / "build"
         self.tests = {}
+        self.passed = folder / "passed.json"
+        self.durations = {}  # seconds of processor and of clock, of the tests that passed as things are
 
     def refresh(self):
         files = subprocess.check_output(["git", "ls-files", "-z"], cwd=ROOT, text=True).split("\0")
+        whole = hashlib.sha1()
         for name in filter(None, files):
             source, target = ROOT / name, self.tree / name
             if not source.is_file():
                 continue
+            content = source.read_bytes()
+            if name == "src/CMakeLists.txt":
+                content += OBJECTS_AS_LIBRARY
+                content = content.replace(b"add_library(KvPlanDataObjects OBJECT", b"add_library(KvPlanDataObjects SHARED")
+            if name.partition("/")[0] not in ("docs", "tools"):
+                whole.update(content)
             target.parent.mkdir(parents=True, exist_ok=True)
-            if not target.exists() or target.read_bytes() != source.read_bytes():
-                shutil.copyfile(source, target)
+            if not target.exists() or target.read_bytes() != content:
+                target.write_bytes(content)
                 shutil.copymode(source, target)
+        self.state = whole.hexdigest()
+        if self.passed.exists():
+            self.durations = json.loads(self.passed.read_text()).get(self.state, {})
 
     def configure(self):
+        self.build.mkdir(parents=True, exist_ok=True)
+        linker = " -fuse-ld=lld" if shutil.which("ld.lld") else ""
         command = ["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
-                   "-DCMAKE_CXX_FLAGS_DEBUG=-O1", "-DKVPLANDATA_BUILD_BENCHMARKS=OFF", "-DKVPLANDATA_BUILD_HOSTS=OFF"]
+                   "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DKVPLANDATA_BUILD_BENCHMARKS=OFF", "-DKVPLANDATA_BUILD_HOSTS=OFF",
+                   f"-DCMAKE_EXE_LINKER_FLAGS={linker}", f"-DCMAKE_SHARED_LINKER_FLAGS={linker}",
+                   "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"]
         if shutil.which("ccache"):
             command.append("-DCMAKE_CXX_COMPILER_LAUNCHER=ccache")
         subprocess.run(command, check=True, stdout=subprocess.DEVNULL)
@@ -116,7 +146,7 @@ class Copy:
             name = name.strip("[=]\"")
             room, arguments = name.split("_")[0], re.findall(r'"([^"]*)"', command)
             if room in ROOMS + ("fuzz",) and any(part.startswith(str(self.build)) for part in arguments):
-                self.tests[name] = (room, arguments, dict(os.environ))
+                self.tests[name] = (room, arguments, {**os.environ, "QTEST_DISABLE_STACK_DUMP": "1"})
         for name, value in re.findall(r'^set_tests_properties\((\S+) PROPERTIES .*?ENVIRONMENT "(.*?)(?<!\\)"', listing,
                                       re.M):
             name = name.strip("[=]\"")
@@ -130,20 +160,100 @@ class Copy:
                 return str(pathlib.Path(part).relative_to(self.build))
         raise LookupError(name)
 
-    def make(self, targets):
-        done = subprocess.run(["ninja", "-C", self.build, "-j2", *targets], capture_output=True, text=True)
+    def make(self, targets, jobs="-j1"):
+        done = subprocess.run(["ninja", "-C", self.build, jobs, *targets], capture_output=True, text=True)
         return done.returncode == 0
 
-    def passes(self, name, seconds):
+    def ready(self, names):
+        """Builds these tests and sees them pass as things are."""
+        names = [name for name in names if name not in self.durations]
+        if not names:
+            return
+        if not self.make(sorted({*LIBRARIES, *(self.program(name) for name in names)}), "-j2"):
+            raise RuntimeError("the copy does not build; try ./dev test")
+        for name in names:
+            if not self.passes(name) and not self.passes(name):
+                raise RuntimeError(f"{name} fails without any mistake; try ./dev test -R {name}")
+        self.passed.write_text(json.dumps({self.state: self.durations}))
+
+    def passes(self, name):
+        """Whether the test passes, within a multiple of what it took as things are."""
         _, command, environment = self.tests[name]
+        processor, clock = self.durations.get(name, (60, 120))
+        # Processor time where that ends it: a busy machine makes the clock go further.
+        most = max(3, int(5 * processor) + 1)
+        start = time.monotonic()
         process = subprocess.Popen(command, env=environment, cwd=self.build, stdout=subprocess.DEVNULL,
-                                   stderr=subprocess.DEVNULL, start_new_session=True)
+                                   stderr=subprocess.DEVNULL, start_new_session=True,
+                                   preexec_fn=lambda: limit(most))
+        ended = threading.Event()
+        watch = threading.Thread(target=lambda: ended.wait(max(60, 10 * clock)) or os.killpg(process.pid, signal.SIGKILL))
+        watch.start()
+        _, status, usage = os.wait4(process.pid, 0)
+        ended.set()
+        watch.join()
+        process.returncode = status
+        if status == 0:
+            self.durations.setdefault(name, (usage.ru_utime + usage.ru_stime, time.monotonic() - start))
+        return status == 0
+
+    def attempt(self, edit, tests):
+        target = self.tree / edit.file
+        original = target.read_text(encoding="utf-8")
         try:
-            return process.wait(seconds) == 0
-        except subprocess.TimeoutExpired:
-            os.killpg(process.pid, signal.SIGKILL)
-            process.wait()
-            return False
+            target.write_text(original[:edit.at] + edit.text + original[edit.at + edit.length:], encoding="utf-8")
+            if not self.make(LIBRARIES):
+                return {"outcome": "does not compile"}
+            for name in tests:
+                # What a header says has its way into the tests too.
+                if edit.file.endswith(".h") and not self.make([self.program(name)]):
+                    return {"outcome": "does not compile"}
+                # Twice, so that no test counts that fails now and then on a busy machine.
+                if not self.passes(name) and not self.passes(name):
+                    return {"outcome": "noticed", "by": name}
+            return {"outcome": "survived"}
+        finally:
+            target.write_text(original, encoding="utf-8")
+
+
+def limit(seconds):
+    resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds + 1))
+    resource.setrlimit(resource.RLIMIT_DATA, (6 << 30, 6 << 30))
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+
+class Record:
+    """What was tried, kept in a file of one line an attempt."""
+
+    def __init__(self, file):
+        self.file = file
+        self.lock = threading.Lock()
+        self.known = {}
+        self.notices = collections.Counter()  # by file and test
+        if file.exists():
+            for line in file.read_text().splitlines():
+                self.take(json.loads(line))
+
+    def take(self, entry):
+        self.known[entry["key"]] = entry
+        if entry["outcome"] == "noticed":
+            self.notices[entry["edit"]["file"], entry["by"]] += 1
+
+    def keep(self, entry):
+        with self.lock:
+            self.take(entry)
+            with self.file.open("a") as log:
+                log.write(json.dumps(entry) + "\n")
+
+    def forget_survivors(self):
+        self.known = {key: entry for key, entry in self.known.items() if not entry["outcome"].startswith("survived")}
+
+    def outcome(self, key):
+        return self.known[key]["outcome"] if key in self.known else None
+
+    def most_telling(self, copy, edit, tests):
+        """First what noticed most mistakes in this file, then the quick ones."""
+        return sorted(tests, key=lambda name: (-self.notices[edit.file, name], copy.durations[name][0]))
 
 
 def room_of(name):
@@ -157,102 +267,107 @@ def difference(edit):
     return "\n".join(lines)
 
 
+def drawn(edits, seed):
+    """The edits in an order that is given by the seed; a change of one file moves no edits of the others."""
+    seen, order = collections.Counter(), []
+    for edit in edits:
+        source = (ROOT / edit.file).read_text(encoding="utf-8")
+        begin, end = source.rfind("\n", 0, edit.at) + 1, source.find("\n", edit.at)
+        line = (edit.file, edit.kind, edit.text, source[begin:end].strip())
+        seen[line] += 1
+        order.append((hashlib.sha1(repr((seed, line, seen[line])).encode()).hexdigest(), edit))
+    return [edit for _, edit in sorted(order)]
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--count", type=int, default=300, help="how many mistakes have to compile")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--build", type=pathlib.Path, default=ROOT / "build/mutate")
     parser.add_argument("--only", default="src", help="a file or folder of src")
+    parser.add_argument("--again", action="store_true", help="try once more what no test noticed")
+    parser.add_argument("--jobs", type=int, default=2, help="how many mistakes at a time")
     options = parser.parse_args()
 
     files = sorted(path for path in (ROOT / "src").rglob("*") if path.suffix in (".cpp", ".h"))
     edits = [edit for path in files if str(path.relative_to(ROOT)).startswith(options.only) for edit in edits_of(path)]
-    random.Random(options.seed).shuffle(edits)
+    edits = drawn(edits, options.seed)
     hashes = {edit.file: hashlib.sha1((ROOT / edit.file).read_bytes()).hexdigest() for edit in edits}
+    keys = [hashlib.sha1(repr((edit, hashes[edit.file])).encode()).hexdigest() for edit in edits]
 
-    copy = Copy(options.build.resolve())
-    copy.build.mkdir(parents=True, exist_ok=True)
-    kept = options.build / "results.jsonl"
-    known = {}
-    if kept.exists():
-        for line in kept.read_text().splitlines():
-            entry = json.loads(line)
-            known[entry["key"]] = entry
+    build = options.build.resolve()
+    build.mkdir(parents=True, exist_ok=True)
+    record = Record(build / "results.jsonl")
+    if options.again:
+        record.forget_survivors()
+    copies = [Copy(build / str(number)) for number in range(options.jobs)]
+    for copy in copies:
+        copy.refresh()
+        copy.configure()
+    print(f"{len(edits)} places for mistakes, {len(copies[0].tests)} tests", file=sys.stderr, flush=True)
 
-    copy.refresh()
-    copy.configure()
-    durations = {}
+    def in_all_copies(work, numbers):
+        """Each copy takes the next number until there is none left or one fails."""
+        waiting, taking, failures = iter(numbers), threading.Lock(), []
 
-    def ready(names):
-        """Builds these tests and sees them pass as things are."""
-        names = [name for name in names if name not in durations]
-        if not names:
-            return
-        if not copy.make(sorted({copy.program(name) for name in names})):
-            sys.exit("mutate: the copy does not build; try ./dev test")
-        for name in names:
-            start = time.monotonic()
-            if not copy.passes(name, 300):
-                sys.exit(f"mutate: {name} fails without any mistake; try ./dev test -R {name}")
-            durations[name] = time.monotonic() - start
+        def run(copy):
+            try:
+                while not failures:
+                    with taking:
+                        number = next(waiting, None)
+                    if number is None:
+                        return
+                    entry = {"key": keys[number], "edit": edits[number]._asdict(), **work(copy, edits[number])}
+                    record.keep(entry)
+                    print(f"{number + 1} {entry['outcome']} {entry.get('by', '')}: {edits[number].kind} in "
+                          f"{edits[number].file}", file=sys.stderr, flush=True)
+            except Exception as failure:  # told below, when the others have finished theirs
+                failures.append(failure)
 
-    def keep(entry):
-        known[entry["key"]] = entry
-        with kept.open("a") as log:
-            log.write(json.dumps(entry) + "\n")
-
-    def show(number, entry):
-        print(f"{number}/{options.count} {entry['outcome']}: {entry['edit']['kind']} in {entry['edit']['file']}",
-              file=sys.stderr, flush=True)
+        workers = [threading.Thread(target=run, args=(copy,)) for copy in copies]
+        for worker in workers:
+            worker.start()
+        for worker in workers:
+            worker.join()
+        if failures:
+            sys.exit(f"mutate: {failures[0]}")
 
     # First the tests of the same room, which notice most; then all others, for what is left.
-    print(f"{len(edits)} places for mistakes, {len(copy.tests)} tests", file=sys.stderr, flush=True)
-    tried = []
-    for edit in edits:
-        if len(tried) == options.count:
-            break
-        key = hashlib.sha1(repr((edit, hashes[edit.file])).encode()).hexdigest()
-        if key not in known:
-            own = [name for name in copy.tests if copy.tests[name][0] == room_of(edit.file)]
-            ready(own)
-            keep({"key": key, "edit": edit._asdict(), **attempt(copy, edit, own, durations)})
-        if known[key]["outcome"] != "does not compile":
-            tried.append((edit, key))
-            show(len(tried), known[key])
-    for number, (edit, key) in enumerate(tried, 1):
-        if known[key]["outcome"] != "survived its room":
-            continue
-        others = [name for name in copy.tests if copy.tests[name][0] != room_of(edit.file)]
-        ready(others)
-        entry = {"key": key, "edit": edit._asdict(), **attempt(copy, edit, others, durations)}
-        if entry["outcome"] == "survived its room":
-            entry["outcome"] = "survived"
-        keep(entry)
-        show(number, entry)
+    def by_own_room(copy, edit):
+        return by_tests(copy, edit, lambda room: room == room_of(edit.file), "survived its room")
 
-    survivors = [edit for edit, key in tried if known[key]["outcome"] != "noticed"]
-    for edit in survivors:
-        print(difference(edit), end="\n\n")
+    def by_others(copy, edit):
+        return by_tests(copy, edit, lambda room: room != room_of(edit.file), "survived")
+
+    def by_tests(copy, edit, is_room, otherwise):
+        tests = [name for name in copy.tests if is_room(copy.tests[name][0])]
+        copy.ready(tests)
+        result = copy.attempt(edit, record.most_telling(copy, edit, tests))
+        return {**result, "outcome": otherwise} if result["outcome"] == "survived" else result
+
+    def compiling():
+        """The numbers of the first edits that compile."""
+        numbers = [n for n, key in enumerate(keys) if record.outcome(key) not in (None, "does not compile")]
+        return numbers[:options.count]
+
+    def untried():
+        """Until enough of them compile, in the order of the draw."""
+        for number, key in enumerate(keys):
+            if sum(record.outcome(k) not in (None, "does not compile") for k in keys[:number]) >= options.count:
+                return
+            if record.outcome(key) is None:
+                yield number
+
+    in_all_copies(by_own_room, untried())
+    in_all_copies(by_others, [n for n in compiling() if record.outcome(keys[n]) == "survived its room"])
+
+    tried = compiling()
+    survivors = [n for n in tried if record.outcome(keys[n]) != "noticed"]
+    for number in survivors:
+        print(difference(edits[number]), end="\n\n")
     noticed = len(tried) - len(survivors)
     print(f"noticed: {noticed} of {len(tried)} ({100 * noticed / max(1, len(tried)):.1f} %)")
     return 0
-
-
-def attempt(copy, edit, tests, durations):
-    target = copy.tree / edit.file
-    original = target.read_text(encoding="utf-8")
-    try:
-        target.write_text(original[:edit.at] + edit.text + original[edit.at + edit.length:], encoding="utf-8")
-        if not copy.make(["KvPlanDataObjects"]):
-            return {"outcome": "does not compile"}
-        for name in sorted(tests, key=durations.get):  # the quick ones first
-            if not copy.make([copy.program(name)]):
-                return {"outcome": "does not compile"}  # or does not link
-            if not copy.passes(name, max(10.0, 8 * durations[name])):
-                return {"outcome": "noticed", "by": name}
-        return {"outcome": "survived its room"}
-    finally:
-        target.write_text(original, encoding="utf-8")
 
 
 if __name__ == "__main__":

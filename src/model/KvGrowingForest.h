@@ -18,7 +18,7 @@ public:
         : m_nodes(static_cast<std::size_t>(size) + 1)
         , m_top(size)
     {
-        m_nodes.back() = {m_top, m_top, 0, 0, 0};
+        m_nodes.back().parent = m_nodes.back().jump = m_top;
     }
 
     /// Adds a node as the last child of `parent`, or as the last root when that is -1.

@@ -91,11 +91,11 @@ bool KvPlanData::getPlanNodesByPlanId(const QString& planId, QList<KvPlanNode>& 
 
 bool KvPlanData::getPlanNodesByPlanIds(const QStringList& planIds, QList<KvPlanNode>& nodes)
 {
-    KvPlan first; // decides the category of all plans
-    if (!planIds.isEmpty() && !getPlanFromCacheById(planIds.first(), first))
-        first.category.clear();
+    KvPlan first;
+    const bool isRead = !planIds.isEmpty() && getPlanFromCacheById(planIds.first(), first);
+    const QString category = isRead ? first.category : QString(); // of all plans
     QList<KvPlanNode> read; // apart from the host's list, which the host may change during the wait
-    if (Kv::requestPlanNodesByPlanIds(planIds, first.category, read))
+    if (Kv::requestPlanNodesByPlanIds(planIds, category, read))
         insertById(m_planNodeCache, read);
     nodes.append(read);
     return true; // also after a failure, which existing hosts tell by the unchanged list

@@ -161,6 +161,9 @@ private Q_SLOTS:
         QTest::newRow("fewer entries than counted")
             << QByteArray("[GanttColumnWidth]\n2\\name=b\n2\\width=20\n4\\width=3\nsize=5\n")
             << Widths{{QStringLiteral("b"), 20}, {QString(), 100}};
+        QTest::newRow("nothing but the first missing")
+            << QByteArray("[GanttColumnWidth]\n2\\name=b\n2\\width=20\nsize=2\n")
+            << Widths{{QString(), 100}, {QStringLiteral("b"), 20}};
         QTest::newRow("a nameless entry behind a missing one")
             << QByteArray("[GanttColumnWidth]\n3\\width=3\nsize=3\n") << Widths{{QString(), 3}};
         QTest::newRow("a count beyond all measure")
