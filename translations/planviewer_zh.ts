@@ -93,6 +93,18 @@
         <source>Nothing was reported yet.</source>
         <translation>尚无反馈。</translation>
     </message>
+    <message>
+        <source>a task that is not in the plan</source>
+        <translation>不在计划中的任务</translation>
+    </message>
+    <message>
+        <source>Predecessors</source>
+        <translation>前置任务</translation>
+    </message>
+    <message>
+        <source>Photos and videos:</source>
+        <translation>照片和视频：</translation>
+    </message>
 </context>
 <context>
     <name>FloorHeightsModel</name>
@@ -151,6 +163,72 @@
     <message>
         <source>the building cannot be shown: there is no OpenGL 3.2 here; everything else works; to see it, use a desktop with a graphics driver or set LIBGL_ALWAYS_SOFTWARE=1</source>
         <translation>无法显示建筑：此处没有 OpenGL 3.2；其他功能均可使用；如需查看，请使用带显卡驱动的桌面，或设置 LIBGL_ALWAYS_SOFTWARE=1</translation>
+    </message>
+</context>
+<context>
+    <name>ImportCheck</name>
+    <message>
+        <source>task %1 &quot;%2&quot;</source>
+        <translation>任务 %1“%2”</translation>
+    </message>
+    <message>
+        <source>it holds &quot;AllPlanNodes&quot;, as an exported plan does; a schedule file to import has &quot;AllTasks&quot;</source>
+        <translation>文件中是 &quot;AllPlanNodes&quot;，即导出的计划；要导入的进度文件应包含 &quot;AllTasks&quot;</translation>
+    </message>
+    <message>
+        <source>there is no list &quot;AllTasks&quot; in it; is this a schedule file?</source>
+        <translation>文件中没有 &quot;AllTasks&quot; 列表；这是进度文件吗？</translation>
+    </message>
+    <message>
+        <source>%1 has &quot;%2&quot; %3, which is no date as 2024-03-05T08:00:00 is one</source>
+        <translation>%1 的 &quot;%2&quot; 是 %3，不是 2024-03-05T08:00:00 这样的日期</translation>
+    </message>
+    <message>
+        <source>entry %1 of &quot;AllTasks&quot; is no task object</source>
+        <translation>&quot;AllTasks&quot; 的第 %1 项不是任务对象</translation>
+    </message>
+    <message>
+        <source>%1 has the unique id of %2</source>
+        <translation>%1 与 %2 的唯一编号相同</translation>
+    </message>
+    <message>
+        <source>%1 names parent %2, which does not exist</source>
+        <translation>%1 的上级任务 %2 不存在</translation>
+    </message>
+    <message>
+        <source>%1 has predecessor %2, which does not exist</source>
+        <translation>%1 的前置任务 %2 不存在</translation>
+    </message>
+    <message>
+        <source>parents in a circle: task %1</source>
+        <translation>上级任务构成循环：任务 %1</translation>
+    </message>
+    <message>
+        <source> under </source>
+        <translation> 属于 </translation>
+    </message>
+</context>
+<context>
+    <name>JsonFile</name>
+    <message>
+        <source>the file has more than %1 bytes, too many for one plan</source>
+        <translation>文件超过 %1 字节，对一个计划来说太大</translation>
+    </message>
+    <message>
+        <source>it could not be read to its end: %1</source>
+        <translation>未能读完文件：%1</translation>
+    </message>
+    <message>
+        <source>line %1, column %2</source>
+        <translation>第 %1 行第 %2 列</translation>
+    </message>
+    <message>
+        <source>the file is empty</source>
+        <translation>文件是空的</translation>
+    </message>
+    <message>
+        <source>no valid JSON at %1: %2</source>
+        <translation>%1 处不是有效的 JSON：%2</translation>
     </message>
 </context>
 <context>
@@ -367,6 +445,14 @@
         <source>No task contains &quot;%1&quot;.</source>
         <translation>没有任务包含“%1”。</translation>
     </message>
+    <message>
+        <source>Nothing was undone.</source>
+        <translation>没有可重做的操作。</translation>
+    </message>
+    <message>
+        <source>The plan &quot;%1&quot; has changes that the service has not kept yet. They can be saved once it has answered what it is being asked now.</source>
+        <translation>计划“%1”有服务尚未保存的修改。等服务答复当前的请求后才能保存。</translation>
+    </message>
 </context>
 <context>
     <name>ModelFile</name>
@@ -576,54 +662,6 @@
 <context>
     <name>PlanClient</name>
     <message>
-        <source>No request could be sent.</source>
-        <translation>无法发送请求。</translation>
-    </message>
-    <message>
-        <source>The service did not answer in time.</source>
-        <translation>服务未及时响应。</translation>
-    </message>
-    <message>
-        <source>The service cannot be reached. Is its address (KV_BASE_API) right?</source>
-        <translation>无法连接服务。其地址（KV_BASE_API）是否正确？</translation>
-    </message>
-    <message>
-        <source>No secure connection could be made.</source>
-        <translation>无法建立安全连接。</translation>
-    </message>
-    <message>
-        <source>The service asks for an access token (KV_ACCESS_TOKEN).</source>
-        <translation>服务要求访问令牌（KV_ACCESS_TOKEN）。</translation>
-    </message>
-    <message>
-        <source>You do not have the right to do this.</source>
-        <translation>您没有执行此操作的权限。</translation>
-    </message>
-    <message>
-        <source>It is no longer there.</source>
-        <translation>它已不存在。</translation>
-    </message>
-    <message>
-        <source>The service refused it.</source>
-        <translation>服务拒绝了请求。</translation>
-    </message>
-    <message>
-        <source>The answer is not that of a schedule service.</source>
-        <translation>响应并非来自进度服务。</translation>
-    </message>
-    <message>
-        <source>The connection was lost.</source>
-        <translation>连接已断开。</translation>
-    </message>
-    <message>
-        <source>Not done: %1</source>
-        <translation>未完成：%1</translation>
-    </message>
-    <message>
-        <source>The service may have made the change all the same; read again before you repeat it.</source>
-        <translation>服务可能已经做了修改；重试前请重新读取。</translation>
-    </message>
-    <message>
         <source>read the list of plans</source>
         <translation>读取计划列表</translation>
     </message>
@@ -682,6 +720,65 @@
     <message>
         <source>keep which columns are hidden</source>
         <translation>保存隐藏的列</translation>
+    </message>
+</context>
+<context>
+    <name>PlanFailure</name>
+    <message>
+        <source>The service asks for an access token (KV_ACCESS_TOKEN).</source>
+        <translation>服务要求访问令牌（KV_ACCESS_TOKEN）。</translation>
+    </message>
+    <message>
+        <source>You do not have the right to do this.</source>
+        <translation>您没有执行此操作的权限。</translation>
+    </message>
+    <message>
+        <source>It is no longer there.</source>
+        <translation>它已不存在。</translation>
+    </message>
+    <message>
+        <source>The service is busy. Try again in a moment.</source>
+        <translation>服务正忙，请稍后再试。</translation>
+    </message>
+    <message>
+        <source>The service failed (%1). Whoever runs it finds the reason in its log.</source>
+        <translation>服务出错（%1）。服务的管理员可以在日志中找到原因。</translation>
+    </message>
+    <message>
+        <source>The service refused it (%1).</source>
+        <translation>服务拒绝了请求（%1）。</translation>
+    </message>
+    <message>
+        <source>The service did not answer in time.</source>
+        <translation>服务未及时响应。</translation>
+    </message>
+    <message>
+        <source>The service cannot be reached. Is its address (KV_BASE_API) right?</source>
+        <translation>无法连接服务。其地址（KV_BASE_API）是否正确？</translation>
+    </message>
+    <message>
+        <source>No secure connection could be made.</source>
+        <translation>无法建立安全连接。</translation>
+    </message>
+    <message>
+        <source>The answer is not that of a schedule service.</source>
+        <translation>响应并非来自进度服务。</translation>
+    </message>
+    <message>
+        <source>The connection was lost.</source>
+        <translation>连接已断开。</translation>
+    </message>
+    <message>
+        <source>Not done: %1</source>
+        <translation>未完成：%1</translation>
+    </message>
+    <message>
+        <source>No request could be sent.</source>
+        <translation>无法发送请求。</translation>
+    </message>
+    <message>
+        <source>The service may have made the change all the same; read again before you repeat it.</source>
+        <translation>服务可能已经做了修改；重试前请重新读取。</translation>
     </message>
 </context>
 <context>
@@ -784,6 +881,10 @@
         <source>Reported on &quot;%1&quot;.</source>
         <translation>已反馈“%1”。</translation>
     </message>
+    <message>
+        <source>Saved, but what the service keeps could not be read. Save again to read it.</source>
+        <translation>已保存，但未能读回服务保存的内容。再次保存即可读取。</translation>
+    </message>
 </context>
 <context>
     <name>PlaybackBar</name>
@@ -866,6 +967,13 @@
     <message>
         <source>Play (space bar)</source>
         <translation>播放（空格键）</translation>
+    </message>
+</context>
+<context>
+    <name>ProblemKind</name>
+    <message>
+        <source>… and %1 more of this kind</source>
+        <translation>……以及另外 %1 个同类问题</translation>
     </message>
 </context>
 <context>

@@ -1,6 +1,7 @@
 #include "Translations.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QLibraryInfo>
 #include <QtCore/QLocale>
 #include <QtCore/QTranslator>
 
@@ -39,6 +40,15 @@ bool load(QTranslator& translator, const QString& catalogue, bool (*isOfSources)
     return loadCatalogue(translator, catalogue, QStringLiteral("en"));
 }
 
+// What Qt itself says, as on the buttons of its dialogs; where its catalogues are installed.
+void installQt()
+{
+    auto* const translator = new QTranslator(QCoreApplication::instance());
+    if (translator->load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
+                         QLibraryInfo::location(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(translator);
+}
+
 void install(const QString& catalogue, bool (*isOfSources)(const QString&))
 {
     auto* const translator = new QTranslator(QCoreApplication::instance());
@@ -55,5 +65,6 @@ void installTranslations()
 
 void installProgramTranslations(const QString& catalogue)
 {
+    installQt();
     install(catalogue, isEnglish);
 }

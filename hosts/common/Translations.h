@@ -12,5 +12,6 @@ class QString;
 void installTranslations();
 
 /// The same for a host's own texts, which are English in its sources: those of "planviewer" come from
-/// planviewer_zh.qm and the like.
+/// planviewer_zh.qm and the like. Qt's own texts, as on the buttons of its dialogs, come along where Qt's
+/// catalogues are installed.
 void installProgramTranslations(const QString& catalogue);

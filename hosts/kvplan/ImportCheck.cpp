@@ -7,6 +7,7 @@
 
 #include <model/KvPlanDataUtils.h>
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QHash>
 #include <QtCore/QIODevice>
 #include <QtCore/QJsonArray>
@@ -16,9 +17,17 @@
 
 namespace {
 
+// English unless the host brings a translation.
+QString say(const char* text)
+{
+    return QCoreApplication::translate("ImportCheck", text);
+}
+
 QString named(const KvPlanNode& task)
 {
-    return QStringLiteral("task %1 \"%2\"").arg(task.uniqueId).arg(fitted(task.name, 60));
+    return say(QT_TRANSLATE_NOOP("ImportCheck", "task %1 \"%2\""))
+        .arg(task.uniqueId)
+        .arg(fitted(task.name, 60));
 }
 
 bool isSchedule(const QJsonObject& schedule, QStringList& problems)
@@ -27,9 +36,12 @@ bool isSchedule(const QJsonObject& schedule, QStringList& problems)
         return true;
     problems.append(
         schedule.contains(QLatin1String("AllPlanNodes"))
-            ? QStringLiteral("it holds \"AllPlanNodes\", as an exported plan does; a schedule file to import "
-                             "has \"AllTasks\"")
-            : QStringLiteral("there is no list \"AllTasks\" in it; is this a schedule file?"));
+            ? say(QT_TRANSLATE_NOOP(
+                  "ImportCheck",
+                  "it holds \"AllPlanNodes\", as an exported plan does; a schedule file to import "
+                  "has \"AllTasks\""))
+            : say(QT_TRANSLATE_NOOP("ImportCheck",
+                                    "there is no list \"AllTasks\" in it; is this a schedule file?")));
     return false;
 }
 
@@ -42,7 +54,9 @@ void checkDates(const QJsonObject& entry, const KvPlanNode& task, ProblemKind& u
         const QJsonValue value = entry.value(key);
         if (!date.isValid() && !value.isUndefined() && !value.isNull() && value != QJsonValue(QString())) {
             unreadable.add([&, k = key] {
-                return QStringLiteral("%1 has \"%2\" %3, which is no date as 2024-03-05T08:00:00 is one")
+                return say(QT_TRANSLATE_NOOP(
+                               "ImportCheck",
+                               "%1 has \"%2\" %3, which is no date as 2024-03-05T08:00:00 is one"))
                     .arg(named(task), k, fitted(value.toVariant().toString(), 40));
             });
         }
@@ -63,8 +77,10 @@ void readTasks(const QJsonObject& schedule, ImportFindings& findings)
         for (int i = 0; i < tasks.size(); ++i) {
             const QJsonValue entry = entries.at(i);
             if (!entry.isObject()) {
-                misplaced.add(
-                    [&] { return QStringLiteral("entry %1 of \"AllTasks\" is no task object").arg(i + 1); });
+                misplaced.add([&] {
+                    return say(QT_TRANSLATE_NOOP("ImportCheck", "entry %1 of \"AllTasks\" is no task object"))
+                        .arg(i + 1);
+                });
                 continue;
             }
             checkDates(entry.toObject(), tasks.at(i), unreadable);
@@ -84,7 +100,7 @@ void checkNumbers(const QHash<int, int>& rowByNumber, ImportFindings& findings)
         const int first = rowByNumber.value(task.uniqueId);
         if (first != i) {
             repeated.add([&] {
-                return QStringLiteral("%1 has the unique id of %2")
+                return say(QT_TRANSLATE_NOOP("ImportCheck", "%1 has the unique id of %2"))
                     .arg(named(task), named(findings.plan.planNodes.at(first)));
             });
         }
@@ -102,7 +118,7 @@ void checkReferences(const QHash<int, int>& rowByNumber, ImportFindings& finding
         // 0 and -1 stand for "no parent".
         if (task.parentTaskId != 0 && task.parentTaskId != -1 && !rowByNumber.contains(task.parentTaskId)) {
             orphaned.add([&] {
-                return QStringLiteral("%1 names parent %2, which does not exist")
+                return say(QT_TRANSLATE_NOOP("ImportCheck", "%1 names parent %2, which does not exist"))
                     .arg(named(task))
                     .arg(task.parentTaskId);
             });
@@ -110,7 +126,8 @@ void checkReferences(const QHash<int, int>& rowByNumber, ImportFindings& finding
         for (const KvPlanPredecessor& link : task.predecessors) {
             if (!rowByNumber.contains(link.sourcePlanNodeUniqueId)) {
                 loose.add([&] {
-                    return QStringLiteral("%1 has predecessor %2, which does not exist")
+                    return say(QT_TRANSLATE_NOOP("ImportCheck",
+                                                 "%1 has predecessor %2, which does not exist"))
                         .arg(named(task))
                         .arg(link.sourcePlanNodeUniqueId);
                 });
@@ -147,8 +164,8 @@ void checkCycles(ImportFindings& findings)
             for (int i = 0; i < qMin(cycle.size(), 10); ++i)
                 numbers.append(QString::number(findings.plan.planNodes.at(cycle.at(i)).uniqueId));
             numbers.append(cycle.size() > numbers.size() ? QStringLiteral("…") : numbers.first());
-            return QStringLiteral("parents in a circle: task %1")
-                .arg(numbers.join(QStringLiteral(" under ")));
+            return say(QT_TRANSLATE_NOOP("ImportCheck", "parents in a circle: task %1"))
+                .arg(numbers.join(say(QT_TRANSLATE_NOOP("ImportCheck", " under "))));
         });
     }
 }

@@ -2,6 +2,7 @@
 
 #include "Progress.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QIODevice>
 
 #include <algorithm>
@@ -12,6 +13,12 @@ namespace {
 constexpr int longFile = 4 << 20;       // bytes; takes a person's time
 constexpr qint64 largestFile = 1 << 30; // bytes; a byte array holds hardly more
 
+// English unless the host brings a translation.
+QString say(const char* text)
+{
+    return QCoreApplication::translate("JsonFile", text);
+}
+
 bool readContent(QIODevice& file, QByteArray& content, QStringList& problems)
 {
     Progress progress(QStringLiteral("reading the file"));
@@ -20,7 +27,8 @@ bool readContent(QIODevice& file, QByteArray& content, QStringList& problems)
     do {
         if (qMax(size, qint64(content.size())) > largestFile) {
             problems.append(
-                QStringLiteral("the file has more than %1 bytes, too many for one plan").arg(largestFile));
+                say(QT_TRANSLATE_NOOP("JsonFile", "the file has more than %1 bytes, too many for one plan"))
+                    .arg(largestFile));
             return false;
         }
         piece = file.read(1 << 20);
@@ -28,7 +36,8 @@ bool readContent(QIODevice& file, QByteArray& content, QStringList& problems)
         progress.show(content.size(), size);
     } while (!piece.isEmpty());
     if (!file.atEnd()) {
-        problems.append(QStringLiteral("it could not be read to its end: %1").arg(file.errorString()));
+        problems.append(say(QT_TRANSLATE_NOOP("JsonFile", "it could not be read to its end: %1"))
+                            .arg(file.errorString()));
         return false;
     }
     return true;
@@ -61,7 +70,7 @@ QString placeOf(int offset, const QByteArray& file)
     const auto beginsCharacter = [](char byte) {
         return (uchar(byte) & 0xc0) != 0x80;
     };
-    return QStringLiteral("line %1, column %2")
+    return say(QT_TRANSLATE_NOOP("JsonFile", "line %1, column %2"))
         .arg(std::count(begin, place, '\n') + 1)
         .arg(std::count_if(lineStart, place, beginsCharacter) + 1);
 }
@@ -74,7 +83,7 @@ bool JsonFile::read(QIODevice& file, QStringList& problems)
     if (!readContent(file, content, problems))
         return false;
     if (content.trimmed().isEmpty()) {
-        problems.append(QStringLiteral("the file is empty"));
+        problems.append(say(QT_TRANSLATE_NOOP("JsonFile", "the file is empty")));
         return false;
     }
     m_isLong = content.size() > longFile;
@@ -85,7 +94,7 @@ bool JsonFile::read(QIODevice& file, QStringList& problems)
     m_document = QJsonDocument::fromJson(content, &error);
     if (error.error == QJsonParseError::NoError)
         return true;
-    problems.append(QStringLiteral("no valid JSON at %1: %2")
+    problems.append(say(QT_TRANSLATE_NOOP("JsonFile", "no valid JSON at %1: %2"))
                         .arg(placeOf(faultOffset(error, content.size()), content), error.errorString()));
     return false;
 }

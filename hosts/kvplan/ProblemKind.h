@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QStringList>
 
 /// Problems of one kind: the first few as lines, the others as a number. They join the rest when the object
@@ -16,7 +17,8 @@ public:
     {
         m_problems += m_first;
         if (m_count > shown)
-            m_problems.append(QStringLiteral("… and %1 more of this kind").arg(m_count - shown));
+            m_problems.append(QCoreApplication::translate("ProblemKind", "… and %1 more of this kind")
+                                  .arg(m_count - shown));
     }
 
     ProblemKind(const ProblemKind&) = delete;

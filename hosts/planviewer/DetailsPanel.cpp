@@ -35,6 +35,19 @@ QString documentLine(const KvDocument& document)
                  : QString());
 }
 
+// Each by its name, with the type of the link and its lag.
+QString predecessorLines(const TaskList& tasks, const KvPlanNode& task)
+{
+    QString html;
+    for (const KvPlanPredecessor& predecessor : task.predecessors) {
+        const int from = tasks.positionOf(predecessor.sourcePlanNodeUniqueId);
+        html += line(TaskText::link(predecessor), from == TaskList::none
+                                                      ? DetailsPanel::tr("a task that is not in the plan")
+                                                      : TaskText::label(tasks.at(from).node.name));
+    }
+    return html.isEmpty() ? html : heading(DetailsPanel::tr("Predecessors")) + html;
+}
+
 QString listLines(const QMap<QString, QStringList>& lists)
 {
     QString html;
@@ -63,8 +76,9 @@ void DetailsPanel::showNothing()
     setHtml(QStringLiteral("<p>%1</p>").arg(tr("Select a task to see its details.")));
 }
 
-void DetailsPanel::showTask(const KvPlanNode& task, const QDate& today)
+void DetailsPanel::showTask(const TaskList& tasks, int position, const QDate& today)
 {
+    const KvPlanNode& task = tasks.at(position).node;
     QString html = QStringLiteral("<h3>%1</h3>").arg(task.name.toHtmlEscaped());
     html += line(tr("State:"), taskStateText(taskState(task, today)));
     html += line(tr("Planned:"), span(task.startDate, task.finishDate));
@@ -74,6 +88,7 @@ void DetailsPanel::showTask(const KvPlanNode& task, const QDate& today)
                  QStringLiteral("%1 / %2").arg(TaskText::count(task.planWorkload),
                                                TaskText::count(task.actualWorkload)));
     html += line(tr("Remark:"), task.remark);
+    html += predecessorLines(tasks, task);
     if (!task.userIds.isEmpty() || !task.executeIds.isEmpty() || !task.cooperateIds.isEmpty()) {
         const QString comma = QStringLiteral(", ");
         html += heading(tr("People")) + line(tr("Responsible:"), task.userIds.join(comma)) +
@@ -109,6 +124,8 @@ void DetailsPanel::showResponses(const QList<KvPlanNodeResponse>& responses)
         html += line(QString(), response.remark);
         for (const KvDocument& document : response.documents)
             html += documentLine(document);
+        if (!response.media.isEmpty())
+            html += line(tr("Photos and videos:"), QString::number(response.media.size()));
     }
     setHtml(html);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TaskList.h"
+
 #include <model/KvPlanRecords.h>
 
 #include <QtCore/QDate>
@@ -15,7 +17,7 @@ public:
     explicit DetailsPanel(QWidget* parent = nullptr);
 
     void showNothing();
-    void showTask(const KvPlanNode& task, const QDate& today);
+    void showTask(const TaskList& tasks, int position, const QDate& today);
     /// Adds the reports of the task that is shown.
     void showResponses(const QList<KvPlanNodeResponse>& responses);
 

@@ -26,7 +26,11 @@ GanttChart::GanttChart(QTreeView* tree, TaskModel* model, GanttRows* rows, QWidg
     m_header->installEventFilter(this);
     connect(rows, &GanttRows::changed, this, &GanttChart::updateScrollBars);
     connect(model, &QAbstractItemModel::modelReset, this, &GanttChart::tasksChanged);
-    connect(model, &QAbstractItemModel::dataChanged, this, &GanttChart::tasksChanged);
+    m_changes.setSingleShot(true);
+    m_changes.setInterval(0);
+    connect(&m_changes, &QTimer::timeout, this, &GanttChart::tasksChanged);
+    // An edit may change many tasks one by one, and each look at the span looks at all.
+    connect(model, &QAbstractItemModel::dataChanged, &m_changes, QOverload<>::of(&QTimer::start));
     connect(tree->verticalScrollBar(), &QScrollBar::valueChanged, verticalScrollBar(), &QScrollBar::setValue);
     connect(tree->verticalScrollBar(), &QScrollBar::rangeChanged, this, &GanttChart::updateScrollBars);
     connect(verticalScrollBar(), &QScrollBar::valueChanged, tree->verticalScrollBar(), &QScrollBar::setValue);

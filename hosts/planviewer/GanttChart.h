@@ -2,6 +2,7 @@
 
 #include "GanttPainter.h"
 
+#include <QtCore/QTimer>
 #include <QtWidgets/QAbstractScrollArea>
 
 class QTreeView;
@@ -63,4 +64,5 @@ private:
     GanttScale m_scale;
     GanttPainter m_painter;
     QWidget* m_header;
+    QTimer m_changes;
 };

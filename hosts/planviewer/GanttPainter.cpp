@@ -3,6 +3,7 @@
 #include "GanttRows.h"
 #include "TaskModel.h"
 #include "TaskState.h"
+#include "TaskText.h"
 
 #include <setting/KvPlanSetting.h>
 
@@ -62,6 +63,12 @@ QColor GanttPainter::colourOf(int position) const
         return m_planColour;
     return m_stateColours.value(taskState(m_model->tasks().at(position).node, m_model->today()),
                                 m_planColour);
+}
+
+QString GanttPainter::labelOf(int position) const
+{
+    constexpr int cells = 60; // a longer name would cover the chart
+    return TaskText::label(m_model->tasks().at(position).node.name, cells);
 }
 
 QRectF GanttPainter::barOf(int position) const
@@ -160,7 +167,7 @@ void GanttPainter::paintItem(QPainter* painter, int position, const QPalette& pa
     option.rect = bar.toAlignedRect();
     m_delegate.paintGanttItem(painter, option, index);
     // The name, on a ground that keeps arrows out of it.
-    const QString name = m_model->tasks().at(position).node.name;
+    const QString name = labelOf(position);
     const double end = qMax(bar.right(), actual.isNull() ? 0.0 : actual.right());
     const QRectF label(end + 8, m_rows->rowOf(position) * m_rowHeight + 2.0,
                        option.fontMetrics.horizontalAdvance(name) + 6, m_rowHeight - 4.0);

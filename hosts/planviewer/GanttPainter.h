@@ -43,6 +43,8 @@ public:
     /// The two lines of the time axis, @p width pixels from @p offset on.
     void paintHeader(QPainter* painter, int offset, int width, int height, QWidget* widget);
 
+    /// What stands beside the bar of a task.
+    QString labelOf(int position) const;
     /// Where the bar of a task is planned, in pixels of the whole chart; null for a hidden or dateless task.
     QRectF barOf(int position) const;
     /// The same for what was really done, up to now.

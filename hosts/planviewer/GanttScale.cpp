@@ -32,6 +32,25 @@ constexpr Step steps[] = {
 
 constexpr int margin = 60; // pixels before the first and after the last date
 
+constexpr double widestAxis = 1e9; // pixels; what scroll bars count still
+
+QDateTime beginOf(Formatter::Range unit, const QDateTime& moment)
+{
+    const QDate day = moment.date();
+    switch (unit) {
+    case Formatter::Hour:
+        return QDateTime(day, QTime(moment.time().hour(), 0));
+    case Formatter::Week:
+        return day.addDays(1 - day.dayOfWeek()).startOfDay();
+    case Formatter::Month:
+        return QDate(day.year(), day.month(), 1).startOfDay();
+    case Formatter::Year:
+        return QDate(day.year(), 1, 1).startOfDay();
+    default:
+        return day.startOfDay();
+    }
+}
+
 Formatter* formatter(Formatter::Range range, const char* format)
 {
     return new Formatter(range, QString::fromLatin1(format));
@@ -59,7 +78,7 @@ int GanttScale::stepCount()
 
 void GanttScale::setStep(int step)
 {
-    step = qBound(0, step, stepCount() - 1);
+    step = qBound(finestStep(), step, stepCount() - 1);
     if (step == m_step)
         return;
     m_step = step;
@@ -87,8 +106,21 @@ void GanttScale::setSpan(const QDateTime& from, const QDateTime& to)
 {
     m_from = from;
     m_to = to;
+    if (m_step < finestStep()) {
+        setStep(finestStep());
+        return;
+    }
     const double marginDays = margin / steps[m_step].dayWidth;
-    m_grid->setStartDateTime(from.addSecs(-qint64(marginDays * 86400)));
+    // A whole unit, so that the header's first text has room.
+    m_grid->setStartDateTime(beginOf(steps[m_step].lower, from.addSecs(-qint64(marginDays * 86400))));
+}
+
+int GanttScale::finestStep() const
+{
+    int step = 0;
+    while (step < stepCount() - 1 && double(m_from.daysTo(m_to)) * steps[step].dayWidth > widestAxis)
+        ++step;
+    return step;
 }
 
 int GanttScale::width() const

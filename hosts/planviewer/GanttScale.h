@@ -30,6 +30,8 @@ public:
     KGantt::DateTimeGrid& grid() { return *m_grid; }
 
 private:
+    int finestStep() const;
+
     std::unique_ptr<KGantt::DateTimeGrid> m_grid;
     QDateTime m_from;
     QDateTime m_to;

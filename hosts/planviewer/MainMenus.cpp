@@ -52,6 +52,16 @@ void MainWindow::buildEditMenu()
     undo->setIconText(tr("Undo")); // the tool bar has no room for what it undoes
     redo->setIconText(tr("Redo"));
     redo->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_Z);
+    const auto tellWhy = [](QAction* action, const QString& reason) {
+        return [action, reason](bool isPossible) {
+            allow(action, isPossible, reason);
+        };
+    };
+    connect(m_page->undoStack(), &QUndoStack::canUndoChanged, undo,
+            tellWhy(undo, tr("Nothing was changed.")));
+    connect(m_page->undoStack(), &QUndoStack::canRedoChanged, redo, tellWhy(redo, tr("Nothing was undone.")));
+    allow(undo, false, tr("Nothing was changed."));
+    allow(redo, false, tr("Nothing was undone."));
     menu->addActions({undo, redo});
     menu->addSeparator();
     m_addTask = add(menu, "addTask", tr("&Add task"), Qt::Key_Insert, [this] { m_page->addTask(false); });

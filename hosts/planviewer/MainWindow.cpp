@@ -1,5 +1,6 @@
 #include "MainWindow.h"
 
+#include "CellText.h"
 #include "ColumnLayout.h"
 #include "GanttChart.h"
 #include "GanttExport.h"
@@ -20,6 +21,12 @@
 #include <QtWidgets/QStatusBar>
 #include <QtWidgets/QTabWidget>
 #include <QtWidgets/QTreeView>
+
+namespace {
+
+constexpr int nameCells = 80; // of a plan's name in a message
+
+} // namespace
 
 MainWindow::MainWindow(PlanClient* client, QWidget* parent)
     : QMainWindow(parent)
@@ -137,7 +144,10 @@ bool MainWindow::openPlan(const KvPlan& plan)
 void MainWindow::updateTitle()
 {
     const QString program = tr("Plans");
-    setWindowTitle(m_page->hasPlan() ? QStringLiteral("%1[*] – %2").arg(m_page->plan().name, program)
+    // Twice written, the place of the mark is text.
+    const QString name =
+        fitted(m_page->plan().name, nameCells).replace(QLatin1String("[*]"), QLatin1String("[*][*]"));
+    setWindowTitle(m_page->hasPlan() ? QStringLiteral("%1[*] – %2").arg(name, program)
                                      : QStringLiteral("[*]") + program);
     setWindowModified(m_page->isEdited());
     m_tabs->setTabText(0, m_page->isEdited() ? tr("Plan (edited)") : tr("Plan"));
@@ -171,9 +181,11 @@ bool MainWindow::leaveEdits()
 {
     if (!m_page->isEdited())
         return true;
-    QMessageBox box(QMessageBox::Question, tr("Unsaved changes"),
-                    tr("The plan \"%1\" has changes that are not saved.").arg(m_page->plan().name),
-                    QMessageBox::NoButton, this);
+    QMessageBox box(
+        QMessageBox::Question, tr("Unsaved changes"),
+        tr("The plan \"%1\" has changes that are not saved.").arg(fitted(m_page->plan().name, nameCells)),
+        QMessageBox::NoButton, this);
+    box.setTextFormat(Qt::PlainText);
     box.setObjectName(QStringLiteral("unsavedDialog"));
     QPushButton* const save = box.addButton(tr("&Save…"), QMessageBox::AcceptRole);
     save->setObjectName(QStringLiteral("saveFirst"));
@@ -189,11 +201,38 @@ bool MainWindow::leaveEdits()
     return box.clickedButton() == discard;
 }
 
+// Nothing can be saved while a request waits, and the user can be asked all the same.
+bool MainWindow::leaveEditsWhileBusy()
+{
+    if (!m_page->isEdited())
+        return true;
+    if (m_isAsking)
+        return false;
+    QMessageBox box(
+        QMessageBox::Question, tr("Unsaved changes"),
+        tr("The plan \"%1\" has changes that the service has not kept yet. They can be saved once it "
+           "has answered what it is being asked now.")
+            .arg(fitted(m_page->plan().name, nameCells)),
+        QMessageBox::NoButton, this);
+    box.setTextFormat(Qt::PlainText);
+    box.setObjectName(QStringLiteral("unsavedDialog"));
+    QPushButton* const discard = box.addButton(tr("&Discard"), QMessageBox::DestructiveRole);
+    discard->setObjectName(QStringLiteral("discard"));
+    QPushButton* const stay = box.addButton(tr("&Keep editing"), QMessageBox::RejectRole);
+    stay->setObjectName(QStringLiteral("stay"));
+    box.setDefaultButton(stay);
+    box.setEscapeButton(stay);
+    m_client->setQuestion(&box);
+    m_isAsking = true;
+    box.exec();
+    m_isAsking = false;
+    m_client->setQuestion(nullptr);
+    return box.clickedButton() == discard;
+}
+
 void MainWindow::closeEvent(QCloseEvent* event)
 {
-    // During a request nobody can be asked; edits are lost only with a save under way, which then ends or
-    // not.
-    if (!m_client->isBusy() && !leaveEdits()) {
+    if (!(m_client->isBusy() ? leaveEditsWhileBusy() : leaveEdits())) {
         event->ignore();
         return;
     }
@@ -206,7 +245,7 @@ void MainWindow::closeEvent(QCloseEvent* event)
 void MainWindow::exportPicture()
 {
     const QString path = QFileDialog::getSaveFileName(
-        this, tr("Export the Gantt chart"), m_page->plan().name + QStringLiteral(".png"),
+        this, tr("Export the Gantt chart"), fileName(m_page->plan().name) + QStringLiteral(".png"),
         tr("Picture (*.png);;Drawing (*.svg);;Document (*.pdf)"));
     if (path.isEmpty())
         return;
@@ -217,6 +256,7 @@ void MainWindow::exportPicture()
     }
     QMessageBox box(QMessageBox::Warning, tr("Export the Gantt chart"),
                     tr("\"%1\" cannot be written.").arg(path), QMessageBox::NoButton, this);
+    box.setTextFormat(Qt::PlainText);
     box.setInformativeText(fault);
     box.addButton(tr("&Close"), QMessageBox::AcceptRole);
     box.exec();
@@ -226,5 +266,5 @@ void MainWindow::search()
 {
     const QString text = m_search->text().trimmed();
     if (!text.isEmpty() && !m_page->find(text))
-        statusBar()->showMessage(tr("No task contains \"%1\".").arg(text), 8000);
+        statusBar()->showMessage(tr("No task contains \"%1\".").arg(fitted(text, nameCells)), 8000);
 }

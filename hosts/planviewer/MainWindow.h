@@ -54,6 +54,7 @@ private:
     void updateTitle();
     void readRights(const QString& category);
     bool leaveEdits();
+    bool leaveEditsWhileBusy();
     void exportPicture();
     void search();
 
@@ -73,4 +74,5 @@ private:
     QAction* m_report = nullptr;
     QAction* m_picture = nullptr;
     QList<QAction*> m_planViews; // that need an open plan
+    bool m_isAsking = false;     // during a request, about edits
 };

@@ -1,7 +1,9 @@
 #include "PlanActions.h"
 
+#include "CellText.h"
 #include "ImportCheck.h"
 #include "PlanListPanel.h"
+#include "TaskText.h"
 
 #include <model/KvPlanDataUtils.h>
 
@@ -17,9 +19,23 @@
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QPushButton>
 
+namespace {
+
+constexpr int nameCells = 80; // of a plan's name in a message
+
+} // namespace
+
 QString plainText(const QString& text)
 {
     return QString(text).remove(QRegularExpression(QStringLiteral("\\(&.\\)|&|…")));
+}
+
+QString fileName(const QString& planName)
+{
+    constexpr int longest = 80;
+    QString name = fitted(planName, longest);
+    name.replace(QRegularExpression(QStringLiteral("[\\\\/:*?\"<>|]")), QStringLiteral("_"));
+    return name.trimmed();
 }
 
 void allow(QAction* action, bool isAllowed, const QString& reason)
@@ -125,7 +141,8 @@ bool PlanActions::askName(const QString& title, QString& name, QString* category
 void PlanActions::tell(const QString& title, const QString& text, const QStringList& details)
 {
     QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::NoButton, m_window);
-    box.setInformativeText(details.join(QLatin1Char('\n')));
+    box.setTextFormat(Qt::PlainText);
+    box.setInformativeText(TaskText::plain(details.join(QLatin1Char('\n'))));
     box.addButton(tr("&Close"), QMessageBox::AcceptRole);
     box.exec();
 }
@@ -159,15 +176,16 @@ void PlanActions::copy()
         return;
     m_list->refresh();
     m_list->select(copy.id);
-    Q_EMIT told(tr("The copy is \"%1\".").arg(copy.name));
+    Q_EMIT told(tr("The copy is \"%1\".").arg(fitted(copy.name, nameCells)));
 }
 
 void PlanActions::remove()
 {
     const KvPlan plan = m_list->selected();
     QMessageBox box(QMessageBox::Question, tr("Delete plan"),
-                    tr("Delete the plan \"%1\" with all its tasks?").arg(plan.name), QMessageBox::NoButton,
-                    m_window);
+                    tr("Delete the plan \"%1\" with all its tasks?").arg(fitted(plan.name, nameCells)),
+                    QMessageBox::NoButton, m_window);
+    box.setTextFormat(Qt::PlainText);
     box.setInformativeText(tr("This cannot be undone."));
     QPushButton* const agree = box.addButton(tr("&Delete"), QMessageBox::DestructiveRole);
     agree->setObjectName(QStringLiteral("delete"));
@@ -216,9 +234,9 @@ void PlanActions::importFile()
 void PlanActions::exportFile()
 {
     const KvPlan selected = m_list->selected();
-    const QString path =
-        QFileDialog::getSaveFileName(m_window, tr("Export the plan"), selected.name + QStringLiteral(".json"),
-                                     tr("Exchange JSON (*.json)"));
+    const QString path = QFileDialog::getSaveFileName(m_window, tr("Export the plan"),
+                                                      fileName(selected.name) + QStringLiteral(".json"),
+                                                      tr("Exchange JSON (*.json)"));
     KvPlan plan;
     if (path.isEmpty() || !m_client->readPlan(selected.id, plan))
         return;

@@ -8,6 +8,8 @@ class QWidget;
 
 /// A menu's text without marks of keys and dots, for tool bars and tooltips.
 QString plainText(const QString& text);
+/// A name for a file of that plan: without what no file system takes, and not too long.
+QString fileName(const QString& planName);
 
 /// Switches an action off with the reason in its tooltip, or on.
 void allow(QAction* action, bool isAllowed, const QString& reason);

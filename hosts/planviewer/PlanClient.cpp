@@ -1,15 +1,17 @@
 #include "PlanClient.h"
 
-#include "Session.h"
+#include "CellText.h"
 
-#include <KvNetwork/KvBaseApi.h>
 #include <KvNetwork/NetworkManager.h>
 #include <KvPublicFun/KvPub.h>
 #include <plandata/KvPlanData.h>
 #include <setting/KvPlanSetting.h>
 
+#include <QtCore/QSet>
 #include <QtGui/QKeyEvent>
+#include <QtGui/QWindow>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QWidget>
 
 #include <algorithm>
 
@@ -17,6 +19,7 @@ namespace {
 
 constexpr int patienceMs = 300;
 constexpr int pageSize = 500;
+constexpr int nameCells = 80; // of a name in a message
 
 KvPlanData& facade()
 {
@@ -69,7 +72,8 @@ bool PlanClient::run(const QString& task, Kind kind, const std::function<bool()>
     for (;;) {
         if (attempt(task, call))
             return true;
-        if (m_isClosing || !m_askAgain || !m_askAgain(failureText(task, kind)))
+        if (m_isClosing || !m_askAgain ||
+            !m_askAgain(planFailure(task, kind == Kind::Writes, m_hasFailed ? &m_failure : nullptr)))
             return false;
     }
 }
@@ -103,6 +107,9 @@ bool PlanClient::attempt(const QString& task, const std::function<bool()>& call)
 
 bool PlanClient::eventFilter(QObject* watched, QEvent* event)
 {
+    const auto* const widget = qobject_cast<QWidget*>(watched);
+    if (m_question && (widget ? widget->window() == m_question : watched == m_question->windowHandle()))
+        return QObject::eventFilter(watched, event);
     // An action gets its shortcut itself; all other input goes to windows and from there to widgets.
     if (event->type() == QEvent::Shortcut) {
         if (QKeySequence::keyBindings(QKeySequence::Quit)
@@ -113,45 +120,6 @@ bool PlanClient::eventFilter(QObject* watched, QEvent* event)
     if (isInput(event->type()) && (watched->isWidgetType() || watched->isWindowType()))
         return true;
     return QObject::eventFilter(watched, event);
-}
-
-QString PlanClient::failureText(const QString& task, Kind kind) const
-{
-    QString why = tr("No request could be sent.");
-    if (m_hasFailed) {
-        switch (m_failure.category) {
-        case KvNetworkReport::Timeout:
-            why = tr("The service did not answer in time.");
-            break;
-        case KvNetworkReport::Refused:
-            why = tr("The service cannot be reached. Is its address (KV_BASE_API) right?");
-            break;
-        case KvNetworkReport::Tls:
-            why = tr("No secure connection could be made.");
-            break;
-        case KvNetworkReport::Http:
-            why = m_failure.httpStatus == 401 ? tr("The service asks for an access token (KV_ACCESS_TOKEN).")
-                  : m_failure.httpStatus == 403 ? tr("You do not have the right to do this.")
-                  : m_failure.httpStatus == 404 ? tr("It is no longer there.")
-                                                : tr("The service refused it.");
-            break;
-        case KvNetworkReport::Parse:
-            why = tr("The answer is not that of a schedule service.");
-            break;
-        default:
-            why = tr("The connection was lost.");
-        }
-    }
-    QString text = tr("Not done: %1").arg(task) + QLatin1String("\n\n") + why;
-    if (kind == Kind::Writes && m_hasFailed &&
-        (m_failure.category == KvNetworkReport::Timeout || m_failure.category == KvNetworkReport::Aborted ||
-         m_failure.category == KvNetworkReport::Parse))
-        text += QLatin1Char('\n') +
-                tr("The service may have made the change all the same; read again before you repeat it.");
-    if (m_hasFailed)
-        text += QLatin1String("\n\n") + m_failure.message + QLatin1String("\n") +
-                withoutSecrets(KvBaseApi::GetInstance().getBaseApi());
-    return text;
 }
 
 bool PlanClient::readPlans(const KvPlanCondition& condition, QList<KvPlan>& plans)
@@ -185,7 +153,7 @@ bool PlanClient::readPlan(const QString& id, KvPlan& plan)
 bool PlanClient::createPlan(KvPlan& plan)
 {
     const KvPlan wanted = plan; // a failure overwrites it, and the next attempt needs it
-    return run(tr("create the plan \"%1\"").arg(plan.name), Kind::Writes, [&] {
+    return run(tr("create the plan \"%1\"").arg(fitted(plan.name, nameCells)), Kind::Writes, [&] {
         plan = wanted;
         return facade().createPlan(plan);
     });
@@ -193,7 +161,7 @@ bool PlanClient::createPlan(KvPlan& plan)
 
 bool PlanClient::renamePlan(const QString& id, const QString& name)
 {
-    return run(tr("rename the plan to \"%1\"").arg(name), Kind::Writes, [&] {
+    return run(tr("rename the plan to \"%1\"").arg(fitted(name, nameCells)), Kind::Writes, [&] {
         // Read first: what is sent is the difference to what was read.
         KvPlan plan;
         if (!facade().getPlanById(id, plan))
@@ -210,7 +178,8 @@ bool PlanClient::copyPlan(const QString& id, KvPlan& plan)
 
 bool PlanClient::deletePlan(const QString& id, const QString& name)
 {
-    return run(tr("delete the plan \"%1\"").arg(name), Kind::Writes, [&] { return facade().deletePlan(id); });
+    return run(tr("delete the plan \"%1\"").arg(fitted(name, nameCells)), Kind::Writes,
+               [&] { return facade().deletePlan(id); });
 }
 
 bool PlanClient::readNodes(const QString& planId, QList<KvPlanNode>& nodes)
@@ -228,16 +197,42 @@ bool PlanClient::readNodes(const QString& planId, QList<KvPlanNode>& nodes)
 PlanClient::Saved PlanClient::saveNodes(const QString& planId, const SaveList& list)
 {
     const auto save = [&](const QList<KvPlanNode>& nodes) {
-        return nodes.isEmpty() || run(tr("save the tasks"), Kind::Writes, [&] {
-                   facade().savePlanNodes(planId, nodes);
-                   return true;
-               });
+        facade().savePlanNodes(planId, nodes);
+        return true;
     };
-    if (!save(list.toCreate))
-        return Saved::Nothing;
-    if (save(list.toUpdate))
+    QList<KvPlanNode> toCreate = list.toCreate;
+    bool isUnknown = false;
+    const bool isCreated = toCreate.isEmpty() || run(tr("save the tasks"), Kind::Writes, [&] {
+                               if (isUnknown && !leaveOutCreated(planId, toCreate))
+                                   return false;
+                               save(toCreate);
+                               isUnknown = m_hasFailed && isOutcomeUnknown(m_failure);
+                               return true;
+                           });
+    if (!isCreated)
+        return isUnknown ? Saved::Unknown : Saved::Nothing;
+    // An update that is made twice is made once.
+    if (list.toUpdate.isEmpty() ||
+        run(tr("save the tasks"), Kind::Writes, [&] { return save(list.toUpdate); }))
         return Saved::All;
     return list.toCreate.isEmpty() ? Saved::Nothing : Saved::Created;
+}
+
+bool PlanClient::leaveOutCreated(const QString& planId, QList<KvPlanNode>& toCreate)
+{
+    QList<KvPlanNode> kept;
+    facade().getPlanNodesByPlanId(planId, kept);
+    if (m_hasFailed)
+        return false;
+    QSet<QPair<int, QString>> known;
+    for (const KvPlanNode& node : qAsConst(kept))
+        known.insert({node.uniqueId, node.name});
+    toCreate.erase(std::remove_if(toCreate.begin(), toCreate.end(),
+                                  [&known](const KvPlanNode& node) {
+                                      return known.contains({node.uniqueId, node.name});
+                                  }),
+                   toCreate.end());
+    return true;
 }
 
 SaveList PlanClient::changes(const QList<KvPlanNode>& nodes) const

@@ -1,12 +1,15 @@
 #pragma once
 
-#include <KvNetwork/KvNetworkReport.h>
+#include "PlanFailure.h"
+
 #include <model/KvPlanRecords.h>
 
 #include <QtCore/QObject>
 #include <QtCore/QTimer>
 
 #include <functional>
+
+class QWidget;
 
 /// What a save would do; see KvPlanData::distributePlanNodes().
 struct SaveList
@@ -39,12 +42,14 @@ public:
     ~PlanClient() override;
 
     /// Who tells the user of a failure and answers whether to try again. Without one nothing is tried again.
-    void setAskAgain(std::function<bool(const QString& failure)> askAgain)
+    void setAskAgain(std::function<bool(const PlanFailure& failure)> askAgain)
     {
         m_askAgain = std::move(askAgain);
     }
 
     bool isBusy() const { return m_isBusy; }
+    /// A dialog that mouse and keyboard reach even while a request waits; null: none. It must send nothing.
+    void setQuestion(QWidget* dialog) { m_question = dialog; }
     /// From now on nothing is sent, told or tried again; what is under way ends by itself or with the
     /// application.
     void close() { m_isClosing = true; }
@@ -61,11 +66,13 @@ public:
     enum class Saved
     {
         Nothing,
+        Unknown, ///< the new tasks or not, as no answer told; none of the changed ones
         Created, ///< the new tasks, but not the changed ones
         All
     };
-    /// Creates and updates what changes() told. Two requests at most, each done as a whole or not at all, and
-    /// each tried again by itself, so that no task is created twice.
+    /// Creates and updates what changes() told, in two requests, each done as a whole or not at all and tried
+    /// again by itself. No task is created twice: when no answer told whether the new ones were, trying again
+    /// reads the plan first and leaves out those that are there.
     Saved saveNodes(const QString& planId, const SaveList& list);
     /// What saveNodes() would do; asks nobody.
     SaveList changes(const QList<KvPlanNode>& nodes) const;
@@ -105,10 +112,11 @@ private:
 
     bool run(const QString& task, Kind kind, const std::function<bool()>& call);
     bool attempt(const QString& task, const std::function<bool()>& call);
-    QString failureText(const QString& task, Kind kind) const;
+    bool leaveOutCreated(const QString& planId, QList<KvPlanNode>& toCreate);
 
-    std::function<bool(const QString&)> m_askAgain;
+    std::function<bool(const PlanFailure&)> m_askAgain;
     KvNetworkReport m_failure;
+    QWidget* m_question = nullptr;
     QTimer m_patience;
     bool m_hasFailed = false;
     bool m_isBusy = false;

@@ -33,9 +33,11 @@ QVariant PlanListModel::data(const QModelIndex& index, int role) const
     if (!index.isValid() || (role != Qt::DisplayRole && role != Qt::ToolTipRole))
         return {};
     const KvPlan& plan = m_plans.at(index.row());
+    if (role == Qt::ToolTipRole)
+        return toolTip(plan);
     switch (index.column()) {
     case Name:
-        return plan.name.isEmpty() ? tr("(no name)") : plan.name;
+        return plan.name.isEmpty() ? tr("(no name)") : TaskText::label(plan.name);
     case Category:
         return plan.category;
     case Changed:
@@ -45,6 +47,16 @@ QVariant PlanListModel::data(const QModelIndex& index, int role) const
     default:
         return {};
     }
+}
+
+// With the columns that the narrow list leaves out.
+QString PlanListModel::toolTip(const KvPlan& plan) const
+{
+    const QDateTime changed = plan.updatedAt.isValid() ? plan.updatedAt : plan.createdAt;
+    return TaskText::plain(QStringLiteral("%1\n%2 %3")
+                               .arg(TaskText::label(plan.name), TaskText::dateTime(changed),
+                                    plan.updatedBy.isEmpty() ? plan.createdBy : plan.updatedBy)
+                               .trimmed());
 }
 
 QVariant PlanListModel::headerData(int section, Qt::Orientation orientation, int role) const

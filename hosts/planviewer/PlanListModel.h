@@ -32,5 +32,7 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
 private:
+    QString toolTip(const KvPlan& plan) const;
+
     QList<KvPlan> m_plans;
 };

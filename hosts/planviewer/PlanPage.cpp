@@ -10,6 +10,7 @@
 #include "TaskColumns.h"
 #include "TaskDelegate.h"
 #include "TaskModel.h"
+#include "TaskText.h"
 
 #include <setting/KvPlanSetting.h>
 
@@ -74,7 +75,10 @@ PlanPage::PlanPage(PlanClient* client, QWidget* parent)
 
     connect(m_undoStack, &QUndoStack::indexChanged, this, &PlanPage::checkEdited);
     connect(m_model, &TaskModel::rejected, this, &PlanPage::told);
-    connect(m_model, &QAbstractItemModel::dataChanged, this, &PlanPage::showDetails);
+    connect(m_model, &QAbstractItemModel::dataChanged, this, [this](const QModelIndex& changed) {
+        if (changed.internalId() == m_tree->currentIndex().internalId())
+            showDetails();
+    });
     connect(m_tree->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] {
         showDetails();
         Q_EMIT currentTaskChanged();
@@ -126,6 +130,12 @@ bool PlanPage::reload()
     QList<KvPlanNode> nodes;
     if (!hasPlan() || !m_client->readNodes(m_plan.id, nodes))
         return false;
+    showAnew(nodes);
+    return true;
+}
+
+void PlanPage::showAnew(const QList<KvPlanNode>& nodes)
+{
     QSet<QString> expanded;
     for (int i = 0; i < m_model->tasks().size(); ++i) {
         if (m_tree->isExpanded(m_model->indexOf(i)))
@@ -135,19 +145,57 @@ bool PlanPage::reload()
     const QString currentId = current == TaskList::none ? QString() : m_model->tasks().at(current).node.id;
     const int top = m_tree->verticalScrollBar()->value();
     showTasks(nodes);
+    int currentNow = TaskList::none;
     for (int i = 0; i < m_model->tasks().size(); ++i) {
         const QString& id = m_model->tasks().at(i).node.id;
         if (expanded.contains(id))
             m_tree->expand(m_model->indexOf(i));
-        if (id == currentId)
-            m_tree->setCurrentIndex(m_model->indexOf(i));
+        if (id == currentId && !id.isEmpty())
+            currentNow = i;
     }
+    // Only now: the tree lays its rows out for it, and each expansion after that would move them all.
+    m_tree->setCurrentIndex(m_model->indexOf(currentNow));
     m_tree->verticalScrollBar()->setValue(top);
+}
+
+bool PlanPage::readKeepingEdits()
+{
+    QList<TaskModel::Edit> edits;
+    QList<KvPlanNode> unsaved;
+    QHash<int, KvPlanNode> sent; // by uniqueId
+    for (const KvPlanNode& node : qAsConst(m_unread))
+        sent.insert(node.uniqueId, node);
+    const QList<KvPlanNode> touched = m_model->touched();
+    for (const KvPlanNode& node : touched) {
+        if (node.id.isEmpty())
+            unsaved.append(node);
+        else
+            edits.append({m_client->asRead({node}).first(), node});
+    }
+    QList<KvPlanNode> nodes;
+    if (!m_client->readNodes(m_plan.id, nodes))
+        return false;
+    showAnew(nodes);
+    QList<KvPlanNode> additions;
+    for (KvPlanNode& node : unsaved) {
+        const auto before = sent.constFind(node.uniqueId);
+        const int position =
+            before == sent.constEnd() ? TaskList::none : m_model->tasks().positionOf(node.uniqueId);
+        if (position == TaskList::none || m_model->tasks().at(position).node.name != before->name) {
+            additions.append(node);
+            continue;
+        }
+        node.id = m_model->tasks().at(position).node.id;
+        edits.append({*before, node});
+    }
+    m_model->editAgain(edits, additions);
     return true;
 }
 
 void PlanPage::showTasks(const QList<KvPlanNode>& nodes)
 {
+    m_isUnread = false;
+    m_unread.clear();
     m_model->setTasks(nodes);
     checkEdited();
     showDetails();
@@ -211,11 +259,13 @@ void PlanPage::showDetails()
     if (position == TaskList::none)
         m_details->showNothing();
     else
-        m_details->showTask(m_model->tasks().at(position).node, m_model->today());
+        m_details->showTask(m_model->tasks(), position, m_model->today());
 }
 
 bool PlanPage::save()
 {
+    if (m_isUnread && !readKeepingEdits())
+        return false;
     const SaveList list = m_client->changes(m_model->touched());
     if (list.isEmpty())
         return true;
@@ -223,10 +273,18 @@ bool PlanPage::save()
     if (dialog.exec() != QDialog::Accepted)
         return false;
     const PlanClient::Saved saved = m_client->saveNodes(m_plan.id, list);
-    if (saved == PlanClient::Saved::Nothing || !reload())
+    if (saved == PlanClient::Saved::Nothing)
         return false;
+    m_isUnread = true;
+    m_unread = list.toCreate;
+    if (saved == PlanClient::Saved::Unknown)
+        return false; // it was told; the next save looks first what is there
     if (saved == PlanClient::Saved::Created) {
-        m_model->editAgain(list.toUpdate); // they are not lost with what was read
+        readKeepingEdits();
+        return false;
+    }
+    if (!reload()) {
+        Q_EMIT told(tr("Saved, but what the service keeps could not be read. Save again to read it."));
         return false;
     }
     compareKept(list);
@@ -241,10 +299,11 @@ void PlanPage::compareKept(const SaveList& sent)
         byId.insert(m_model->tasks().at(i).node.id, i);
     const auto compare = [&](const KvPlanNode& task, int position) {
         if (position == TaskList::none)
-            m_lastDifferences.append(tr("\"%1\" is not in the plan.").arg(task.name));
+            m_lastDifferences.append(tr("\"%1\" is not in the plan.").arg(TaskText::label(task.name, 60)));
         else
             for (const QString& difference : taskDifferences(task, m_model->tasks().at(position).node))
-                m_lastDifferences.append(QStringLiteral("%1: %2").arg(task.name, difference));
+                m_lastDifferences.append(
+                    QStringLiteral("%1: %2").arg(TaskText::label(task.name, 60), difference));
     };
     for (const KvPlanNode& task : sent.toCreate)
         compare(task, m_model->tasks().positionOf(task.uniqueId));
@@ -260,7 +319,7 @@ void PlanPage::compareKept(const SaveList& sent)
     QMessageBox box(QMessageBox::Information, tr("Kept otherwise"),
                     tr("The service keeps some tasks otherwise than they were sent."), QMessageBox::NoButton,
                     this);
-    box.setInformativeText(m_lastDifferences.mid(0, 12).join(QLatin1Char('\n')));
+    box.setInformativeText(TaskText::plain(m_lastDifferences.mid(0, 12).join(QLatin1Char('\n'))));
     box.addButton(tr("&Close"), QMessageBox::AcceptRole);
     box.exec();
 }
@@ -308,13 +367,14 @@ void PlanPage::reportProgress()
     QList<KvPlanNodeResponse> responses;
     if (m_client->readResponses(task.id, responses))
         m_details->showResponses(responses);
-    Q_EMIT told(tr("Reported on \"%1\".").arg(task.name));
+    Q_EMIT told(tr("Reported on \"%1\".").arg(TaskText::label(task.name, 60)));
 }
 
 void PlanPage::setNow(const QDateTime& now)
 {
     m_model->setToday(now.date());
     m_chart->setNow(now);
+    showDetails();
 }
 
 void PlanPage::setColouring(GanttPainter::Colouring colouring)

@@ -80,6 +80,8 @@ Q_SIGNALS:
 
 private:
     void showTasks(const QList<KvPlanNode>& nodes);
+    void showAnew(const QList<KvPlanNode>& nodes);
+    bool readKeepingEdits();
     void checkEdited();
     void showDetails();
     void compareKept(const SaveList& sent);
@@ -95,5 +97,8 @@ private:
     ColumnLayout* m_columns;
     DetailsPanel* m_details;
     QStringList m_lastDifferences;
+    // What was sent and not read since: nothing is saved before that, or new tasks were made twice.
+    bool m_isUnread = false;
+    QList<KvPlanNode> m_unread; // the new tasks of it
     bool m_isEdited = false;
 };

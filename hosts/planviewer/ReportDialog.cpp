@@ -52,7 +52,8 @@ ReportDialog::ReportDialog(const KvPlanNode& task, QWidget* parent)
     m_remark->setTabChangesFocus(true);
     m_remark->setMaximumHeight(100);
     auto* const form = new QFormLayout(this);
-    auto* const name = new QLabel(task.name);
+    auto* const name = new QLabel(TaskText::label(task.name));
+    name->setTextFormat(Qt::PlainText);
     name->setWordWrap(true);
     form->addRow(name);
     form->addRow(tr("&Done"), m_percentage);

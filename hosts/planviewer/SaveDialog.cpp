@@ -19,7 +19,10 @@ QStringList taskDifferences(const KvPlanNode& before, const KvPlanNode& after)
                                    .arg(TaskColumn::title(column), was.isEmpty() ? QStringLiteral("–") : was,
                                         is.isEmpty() ? QStringLiteral("–") : is));
     };
-    compare(TaskColumn::Name, before.name, after.name);
+    if (before.name != after.name) // also where they differ behind what is shown
+        differences.append(QStringLiteral("%1: %2 → %3")
+                               .arg(TaskColumn::title(TaskColumn::Name), TaskText::label(before.name, 60),
+                                    TaskText::label(after.name, 60)));
     compare(TaskColumn::Start, TaskText::dateTime(before.startDate), TaskText::dateTime(after.startDate));
     compare(TaskColumn::Finish, TaskText::dateTime(before.finishDate), TaskText::dateTime(after.finishDate));
     compare(TaskColumn::Progress, TaskText::percent(before.finishedPercentage),
@@ -49,14 +52,15 @@ SaveDialog::SaveDialog(const SaveList& list, const QList<KvPlanNode>& before, QW
     if (!list.toCreate.isEmpty()) {
         auto* const created = group(tr("To be created: %1").arg(list.toCreate.size()));
         for (const KvPlanNode& task : list.toCreate)
-            new QTreeWidgetItem(created, {task.name, TaskText::date(task.startDate) + QStringLiteral(" – ") +
-                                                         TaskText::date(task.finishDate)});
+            new QTreeWidgetItem(created, {TaskText::label(task.name), TaskText::date(task.startDate) +
+                                                                          QStringLiteral(" – ") +
+                                                                          TaskText::date(task.finishDate)});
     }
     if (!list.toUpdate.isEmpty()) {
         auto* const updated = group(tr("To be updated: %1").arg(list.toUpdate.size()));
         for (int i = 0; i < list.toUpdate.size(); ++i)
             new QTreeWidgetItem(
-                updated, {list.toUpdate.at(i).name,
+                updated, {TaskText::label(list.toUpdate.at(i).name),
                           taskDifferences(before.value(i), list.toUpdate.at(i)).join(QLatin1String("; "))});
     }
     tree->expandAll();

@@ -63,6 +63,9 @@ bool writeScreenshots(MainWindow& window, const QString& folder)
         return dir.filePath(QLatin1String(name) + QStringLiteral(".png"));
     };
     PlanPage& page = *window.planPage();
+    window.resize(1920, 960); // room for whole names
+    page.tree()->header()->resizeSection(TaskColumn::Name, 340);
+    page.chart()->followTree();
     page.chart()->zoomToFit();
     bool isWritten = grab(window, path("plan"));
 
@@ -70,7 +73,6 @@ bool writeScreenshots(MainWindow& window, const QString& folder)
     const QModelIndex index = page.model()->indexOf(task);
     page.tree()->setCurrentIndex(index);
     page.tree()->scrollTo(index, QAbstractItemView::PositionAtCenter);
-    page.chart()->scale();
     while (page.chart()->scale().step() > 4)
         page.chart()->zoomIn();
     page.chart()->showDate(page.model()->tasks().at(task).node.startDate);
@@ -92,6 +94,7 @@ bool writeScreenshots(MainWindow& window, const QString& folder)
     report.hide();
     while (page.undoStack()->canUndo())
         page.undoStack()->undo();
+    page.undoStack()->clear();
 
     window.tabs()->setCurrentWidget(window.statisticsPage());
     return grab(window, path("statistics")) && isWritten;

@@ -3,6 +3,7 @@
 #include "TaskColumns.h"
 #include "TaskEdit.h"
 #include "TaskModel.h"
+#include "TaskText.h"
 
 #include <QtCore/QCoreApplication>
 
@@ -13,11 +14,17 @@ QString say(const char* text)
     return QCoreApplication::translate("TaskCommands", text);
 }
 
+// A menu takes an ampersand for a mnemonic.
+QString menuText(const QString& name)
+{
+    return TaskText::label(name, 40).replace(QLatin1Char('&'), QLatin1String("&&"));
+}
+
 } // namespace
 
 EditTaskCommand::EditTaskCommand(TaskModel* model, int position, const KvPlanNode& edited, int column)
     : QUndoCommand(say(QT_TRANSLATE_NOOP("TaskCommands", "change of %1 of \"%2\""))
-                       .arg(TaskColumn::title(column), edited.name))
+                       .arg(TaskColumn::title(column), menuText(edited.name)))
     , m_model(model)
     , m_changes{{position, model->tasks().at(position).node, edited}}
     , m_movesDates(column == TaskColumn::Start || column == TaskColumn::Finish)
@@ -52,7 +59,7 @@ void EditTaskCommand::undo()
 }
 
 AddTaskCommand::AddTaskCommand(TaskModel* model, const KvPlanNode& node, int parent)
-    : QUndoCommand(say(QT_TRANSLATE_NOOP("TaskCommands", "new task \"%1\"")).arg(node.name))
+    : QUndoCommand(say(QT_TRANSLATE_NOOP("TaskCommands", "new task \"%1\"")).arg(menuText(node.name)))
     , m_model(model)
     , m_node(node)
     , m_parent(parent)

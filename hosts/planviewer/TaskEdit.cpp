@@ -77,6 +77,23 @@ QString apply(KvPlanNode& node, int column, const QVariant& typed)
     return applyDate(node, column, text);
 }
 
+bool transfer(const KvPlanNode& before, const KvPlanNode& after, KvPlanNode& node)
+{
+    bool hasChanged = false;
+    const auto carry = [&](auto field) {
+        if (before.*field == after.*field || node.*field == after.*field)
+            return;
+        node.*field = after.*field;
+        hasChanged = true;
+    };
+    carry(&KvPlanNode::name);
+    carry(&KvPlanNode::finishedPercentage);
+    for (const auto date : {&KvPlanNode::startDate, &KvPlanNode::finishDate, &KvPlanNode::actualStartDate,
+                            &KvPlanNode::actualFinishDate})
+        carry(date);
+    return hasChanged;
+}
+
 QTime morning()
 {
     return {8, 0};

@@ -14,6 +14,10 @@ bool isEditableColumn(int column);
 /// @return why it cannot be taken, in words for a person; empty when it was.
 QString apply(KvPlanNode& node, int column, const QVariant& typed);
 
+/// Puts what differs between @p before and @p after, in what can be edited, into @p node. @return whether
+/// that changed it.
+bool transfer(const KvPlanNode& before, const KvPlanNode& after, KvPlanNode& node);
+
 /// When a day's work begins and ends, for dates that had no time of day.
 QTime morning();
 QTime evening();

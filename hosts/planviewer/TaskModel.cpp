@@ -88,16 +88,35 @@ void TaskModel::addTask(int parent, const QString& name, const QString& planId)
     m_undoStack->push(new AddTaskCommand(this, node, parent));
 }
 
-void TaskModel::editAgain(const QList<KvPlanNode>& edited)
+void TaskModel::editAgain(const QList<Edit>& edits, const QList<KvPlanNode>& additions)
 {
     QHash<QString, int> positions;
     for (int i = 0; i < m_tasks.size(); ++i)
         positions.insert(m_tasks.at(i).node.id, i);
+    QList<QUndoCommand*> commands;
+    for (const Edit& edit : edits) {
+        const int position = positions.value(edit.after.id, TaskList::none);
+        if (position == TaskList::none)
+            continue;
+        KvPlanNode node = m_tasks.at(position).node;
+        if (TaskEdit::transfer(edit.before, edit.after, node))
+            commands.append(new EditTaskCommand(this, position, node, TaskColumn::Name));
+    }
+    if (commands.isEmpty() && additions.isEmpty())
+        return; // an empty edit could be undone
     m_undoStack->beginMacro(tr("what was not saved"));
-    for (const KvPlanNode& node : edited) {
-        const int position = positions.value(node.id, TaskList::none);
-        if (position != TaskList::none)
-            m_undoStack->push(new EditTaskCommand(this, position, node, TaskColumn::Name));
+    for (QUndoCommand* const command : qAsConst(commands))
+        m_undoStack->push(command);
+    QHash<int, int> renumbered; // others may have used the numbers meanwhile
+    for (KvPlanNode node : additions) {
+        node.parentTaskId = renumbered.value(node.parentTaskId, node.parentTaskId);
+        if (m_tasks.positionOf(node.uniqueId) != TaskList::none) {
+            renumbered.insert(node.uniqueId, m_tasks.nextUniqueId());
+            node.uniqueId = m_tasks.nextUniqueId();
+        }
+        node.planNodeId = m_tasks.nextPlanNodeId();
+        const int parent = node.parentTaskId > 0 ? m_tasks.positionOf(node.parentTaskId) : TaskList::none;
+        m_undoStack->push(new AddTaskCommand(this, node, parent));
     }
     m_undoStack->endMacro();
 }
@@ -177,7 +196,7 @@ QString TaskModel::displayText(int position, int column) const
     const KvPlanNode& node = m_tasks.at(position).node;
     switch (column) {
     case TaskColumn::Name:
-        return node.name;
+        return TaskText::label(node.name);
     case TaskColumn::Start:
         return TaskText::date(node.startDate);
     case TaskColumn::Finish:
@@ -207,7 +226,7 @@ QVariant TaskModel::editValue(int position, int column) const
 {
     if (column == TaskColumn::Progress)
         return qBound(0, qRound(m_tasks.at(position).node.finishedPercentage), 100);
-    return displayText(position, column);
+    return column == TaskColumn::Name ? m_tasks.at(position).node.name : displayText(position, column);
 }
 
 QString TaskModel::toolTip(int position, int column) const

@@ -40,8 +40,15 @@ public:
     /// Makes a new task, to be undone: the last one below @p parent.
     void addTask(int parent, const QString& name, const QString& planId);
 
-    /// Puts edited tasks in place of those with the same ids, as one edit to be undone.
-    void editAgain(const QList<KvPlanNode>& edited);
+    /// An edited task of the service, with what it was before.
+    struct Edit
+    {
+        KvPlanNode before;
+        KvPlanNode after;
+    };
+    /// Brings what was edited, and tasks that are not saved yet, into tasks that were read anew; as one edit
+    /// to be undone. What others changed meanwhile stays, except where the edit changes the same.
+    void editAgain(const QList<Edit>& edits, const QList<KvPlanNode>& additions);
 
     bool isMilestone(int position) const;
 

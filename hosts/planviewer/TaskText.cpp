@@ -1,8 +1,10 @@
 #include "TaskText.h"
 
+#include "CellText.h"
 #include "TaskState.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtGui/QTextDocument>
 
 namespace {
 
@@ -23,6 +25,23 @@ QString lagText(const KvDuration& lag)
 } // namespace
 
 namespace TaskText {
+
+QString label(const QString& name, int cells)
+{
+    return fitted(name.left(2 * cells + 1), cells); // measuring a text costs its length
+}
+
+QString plain(const QString& text)
+{
+    return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
+}
+
+QString link(const KvPlanPredecessor& link)
+{
+    static const char* const types[] = {"FF", "FS", "SF", "SS"};
+    const QString type = link.type >= 0 && link.type < 4 ? QLatin1String(types[link.type]) : QString();
+    return type + lagText(link.lag);
+}
 
 QString date(const QDateTime& date)
 {
@@ -46,32 +65,29 @@ QString count(int number)
 
 QString predecessors(const TaskList& tasks, int position)
 {
-    static const char* const types[] = {"FF", "FS", "SF", "SS"};
     QString text;
-    for (const KvPlanPredecessor& link : tasks.at(position).node.predecessors) {
-        const int from = tasks.positionOf(link.sourcePlanNodeUniqueId);
+    for (const KvPlanPredecessor& predecessor : tasks.at(position).node.predecessors) {
+        const int from = tasks.positionOf(predecessor.sourcePlanNodeUniqueId);
         if (!text.isEmpty())
             text += QLatin1String(", ");
         text +=
             from == TaskList::none ? QStringLiteral("?") : QString::number(tasks.at(from).node.planNodeId);
-        if (link.type >= 0 && link.type < 4)
-            text += QLatin1String(types[link.type]);
-        text += lagText(link.lag);
+        text += link(predecessor);
     }
     return text;
 }
 
 QString toolTip(const KvPlanNode& node, const QDate& today)
 {
-    QString text = node.name;
+    QString text = label(node.name);
     const auto add = [&](const QString& label, const QDateTime& from, const QDateTime& to) {
         if (from.isValid() || to.isValid())
             text += QStringLiteral("\n%1 %2 – %3").arg(label, dateTime(from), dateTime(to));
     };
     add(say(QT_TRANSLATE_NOOP("TaskText", "Planned:")), node.startDate, node.finishDate);
     add(say(QT_TRANSLATE_NOOP("TaskText", "Actual:")), node.actualStartDate, node.actualFinishDate);
-    return text + QLatin1Char('\n') + taskStateText(taskState(node, today)) + QStringLiteral("  ") +
-           percent(node.finishedPercentage);
+    return plain(text + QLatin1Char('\n') + taskStateText(taskState(node, today)) + QStringLiteral("  ") +
+                 percent(node.finishedPercentage));
 }
 
 } // namespace TaskText

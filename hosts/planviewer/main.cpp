@@ -20,10 +20,12 @@
 
 namespace {
 
-bool askAgain(const QString& failure)
+bool askAgain(const PlanFailure& failure)
 {
-    QMessageBox box(QMessageBox::Warning, QCoreApplication::translate("main", "Not done"), failure,
+    QMessageBox box(QMessageBox::Warning, QCoreApplication::translate("main", "Not done"), failure.text,
                     QMessageBox::NoButton, QApplication::activeWindow());
+    box.setTextFormat(Qt::PlainText);
+    box.setDetailedText(failure.details);
     box.setObjectName(QStringLiteral("failureDialog"));
     QPushButton* const again =
         box.addButton(QCoreApplication::translate("main", "&Try again"), QMessageBox::AcceptRole);
@@ -114,7 +116,9 @@ int main(int argc, char* argv[])
 
     PlanClient client;
     const bool isUnattended = line.isSet(gantt) || line.isSet(screenshots);
-    client.setAskAgain(isUnattended ? complain : askAgain);
+    client.setAskAgain(isUnattended ? [](const PlanFailure& failure) {
+        return complain(failure.text + QLatin1Char('\n') + failure.details);
+    } : askAgain);
     MainWindow window(&client);
     const QDateTime moment = QDateTime::fromString(line.value(now), Qt::ISODate);
     if (moment.isValid())

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Answers.h"
+
 #include <ColumnLayout.h>
 #include <MainWindow.h>
 #include <PlanClient.h>
@@ -16,16 +18,13 @@
 #include <QtNetwork/QNetworkReply>
 #include <QtTest/QtTest>
 #include <QtWidgets/QAction>
-#include <QtWidgets/QApplication>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QSpinBox>
 #include <QtWidgets/QTableView>
 #include <QtWidgets/QTreeView>
 
-#include <functional>
-
 /// The window and what a person does with it: keys, clicks, answers to dialogs.
-struct Person
+struct Person : Answers
 {
     PlanClient client;
     MainWindow window{&client};
@@ -33,8 +32,8 @@ struct Person
 
     Person()
     {
-        client.setAskAgain([this](const QString& failure) {
-            failures.append(failure);
+        client.setAskAgain([this](const PlanFailure& failure) {
+            failures.append(failure.text + QLatin1Char('\n') + failure.details);
             return false;
         });
         window.show();
@@ -81,28 +80,6 @@ struct Person
                 return i;
         }
         return -1;
-    }
-
-    /// Answers the next dialog as soon as it is there.
-    static void answer(const std::function<void(QWidget* dialog)>& act)
-    {
-        auto* const look = new QTimer(qApp);
-        QObject::connect(look, &QTimer::timeout, look, [look, act] {
-            QWidget* const dialog = QApplication::activeModalWidget();
-            if (!dialog)
-                return;
-            look->deleteLater();
-            look->stop();
-            act(dialog);
-        });
-        look->start(10);
-    }
-
-    static void click(QWidget* dialog, const char* button)
-    {
-        auto* const found = dialog->findChild<QWidget*>(QString::fromLatin1(button));
-        QVERIFY2(found, button);
-        QTest::mouseClick(found, Qt::LeftButton);
     }
 };
 

@@ -213,16 +213,33 @@ private Q_SLOTS:
     {
         TaskModel model(&m_undo);
         model.setTasks(tower());
-        KvPlanNode edited = model.tasks().at(3).node;
+        KvPlanNode before = model.tasks().at(3).node;
+        before.name = QStringLiteral("as it was"); // somebody else gave it the name that it has now
+        KvPlanNode edited = before;
         edited.finishedPercentage = 40;
         KvPlanNode unknown;
         unknown.id = QStringLiteral("gone");
-        model.editAgain({edited, unknown});
+        unknown.name = QStringLiteral("Gone");
+        KvPlanNode added;
+        added.uniqueId = 3; // taken by now
+        added.name = QStringLiteral("Cure");
+        KvPlanNode below;
+        below.uniqueId = 77;
+        below.parentTaskId = 3;
+        const QString name = model.tasks().at(3).node.name;
+        model.editAgain({{before, edited}, {KvPlanNode(), unknown}}, {added, below});
         QCOMPARE(model.tasks().at(3).node.finishedPercentage, 40.0);
-        QCOMPARE(model.touched().size(), 1);
+        QCOMPARE(model.tasks().at(3).node.name, name);
+        QCOMPARE(model.touched().size(), 3);
+        QCOMPARE(model.tasks().at(5).node.name, added.name);
+        QCOMPARE(model.tasks().at(5).node.uniqueId, 6);
+        QCOMPARE(model.tasks().at(6).parent, 5); // it moved along
         m_undo.undo();
         QCOMPARE(model.tasks().at(3).node.finishedPercentage, 0.0);
+        QCOMPARE(model.tasks().size(), 5);
         QVERIFY(!m_undo.canUndo());
+        model.editAgain({{before, before}}, {});
+        QVERIFY(!m_undo.canUndo()); // nothing was edited, so there is nothing to undo
     }
 
     void parentsInACircleAreShownAllTheSame()

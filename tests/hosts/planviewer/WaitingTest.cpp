@@ -149,8 +149,8 @@ private Q_SLOTS:
         QFETCH(QString, words);
         PlanClient client;
         QStringList failures;
-        client.setAskAgain([&failures](const QString& failure) {
-            failures.append(failure);
+        client.setAskAgain([&failures](const PlanFailure& failure) {
+            failures.append(failure.text + failure.details);
             return true;
         });
         m_server.enqueue(Reply::json(QJsonObject(), status));
@@ -168,7 +168,7 @@ private Q_SLOTS:
     {
         PlanClient client;
         int asked = 0;
-        client.setAskAgain([&asked](const QString&) {
+        client.setAskAgain([&asked](const PlanFailure&) {
             ++asked;
             return false;
         });
@@ -184,8 +184,8 @@ private Q_SLOTS:
     {
         PlanClient client;
         QString told;
-        client.setAskAgain([&told](const QString& failure) {
-            told = failure;
+        client.setAskAgain([&told](const PlanFailure& failure) {
+            told = failure.text;
             return false;
         });
         m_server.setHandler([](const KvTest::Request&) { return Reply::json(QJsonObject(), 500); });
@@ -198,8 +198,8 @@ private Q_SLOTS:
     {
         PlanClient client;
         QStringList told;
-        client.setAskAgain([&told](const QString& failure) {
-            told.append(failure);
+        client.setAskAgain([&told](const PlanFailure& failure) {
+            told.append(failure.text);
             return false;
         });
         m_server.enqueue(Reply::json(QJsonObject()).with(Reply::CloseUnanswered));
@@ -215,7 +215,7 @@ private Q_SLOTS:
     {
         PlanClient client;
         int asked = 0;
-        client.setAskAgain([&asked](const QString&) { return ++asked == 1; });
+        client.setAskAgain([&asked](const PlanFailure&) { return ++asked == 1; });
         m_server.setHandler([](const KvTest::Request& request) {
             return Reply::json(QJsonArray(), request.method == "POST" ? 200 : 500);
         });
@@ -234,8 +234,8 @@ private Q_SLOTS:
     {
         PlanClient client;
         QStringList failures;
-        client.setAskAgain([&failures](const QString& failure) {
-            failures.append(failure);
+        client.setAskAgain([&failures](const PlanFailure& failure) {
+            failures.append(failure.text + failure.details);
             return true;
         });
         QTemporaryDir settings;
@@ -263,7 +263,7 @@ private Q_SLOTS:
     {
         PlanClient client;
         int asked = 0;
-        client.setAskAgain([&asked](const QString&) {
+        client.setAskAgain([&asked](const PlanFailure&) {
             ++asked;
             return true;
         });

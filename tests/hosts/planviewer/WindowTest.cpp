@@ -6,8 +6,6 @@
 #include <KvNetwork/NetworkManager.h>
 #include <KvSoftBase/KvSoftBase.h>
 
-#include <QtWidgets/QHeaderView>
-#include <QtWidgets/QMenu>
 #include <QtWidgets/QUndoStack>
 
 using KvTest::ServiceProcess;
@@ -202,69 +200,6 @@ private Q_SLOTS:
         const QModelIndex place = person.page().tree()->currentIndex();
         QTest::keyClick(search, Qt::Key_Return);
         QVERIFY(person.page().tree()->currentIndex() != place);
-    }
-
-    // In each case the columns are the same in the next window.
-    void columnsStay_data()
-    {
-        QTest::addColumn<QString>("story");
-        QTest::newRow("only a width") << QStringLiteral("resize");
-        QTest::newRow("a hidden column") << QStringLiteral("hide");
-        QTest::newRow("hidden and shown again keeps its width") << QStringLiteral("hide and show");
-        QTest::newRow("another order") << QStringLiteral("move");
-        QTest::newRow("an edit that is undone") << QStringLiteral("undo");
-        QTest::newRow("the defaults") << QStringLiteral("defaults");
-    }
-
-    void columnsStay()
-    {
-        QFETCH(QString, story);
-        QVector<int> sizes;
-        QVector<int> order;
-        const auto look = [](QHeaderView* header, QVector<int>& widths, QVector<int>& places) {
-            widths.clear();
-            places.clear();
-            for (int column = 0; column < TaskColumn::Count; ++column) {
-                widths.append(header->isSectionHidden(column) ? 0 : header->sectionSize(column));
-                places.append(header->visualIndex(column));
-            }
-        };
-        {
-            Person person;
-            person.open(0);
-            QHeaderView* const header = person.page().tree()->header();
-            ColumnLayout& columns = *person.page().columns();
-            if (story == QLatin1String("defaults")) {
-                header->resizeSection(TaskColumn::Start, 333);
-                columns.resetToDefaults();
-                QVERIFY(header->sectionSize(TaskColumn::Start) != 333);
-            } else {
-                header->resizeSection(TaskColumn::Finish, 187);
-            }
-            if (story.startsWith(QLatin1String("hide")))
-                columns.menu()->actions().at(TaskColumn::Finish)->trigger();
-            if (story == QLatin1String("hide and show")) {
-                QVERIFY(header->isSectionHidden(TaskColumn::Finish));
-                columns.menu()->actions().at(TaskColumn::Finish)->trigger();
-                QCOMPARE(header->sectionSize(TaskColumn::Finish), 187);
-            }
-            if (story == QLatin1String("move"))
-                header->moveSection(header->visualIndex(TaskColumn::State), 1);
-            if (story == QLatin1String("undo")) {
-                person.type(person.positionOf(curing()), TaskColumn::Progress, QStringLiteral("13"));
-                person.page().undoStack()->undo();
-            }
-            look(header, sizes, order);
-            QVERIFY(person.window.close());
-        }
-        Person again;
-        again.open(0);
-        QVector<int> sizesThen;
-        QVector<int> orderThen;
-        look(again.page().tree()->header(), sizesThen, orderThen);
-        QCOMPARE(sizesThen, sizes);
-        QCOMPARE(orderThen, order);
-        again.page().columns()->resetToDefaults();
     }
 
     // Last of all, for from the first token on everything needs one.
