@@ -113,6 +113,8 @@ void watchLoad(Metrics& metrics, WorkerPool& workers, int workerCount, const Htt
 {
     metrics.watch("planservice_connections", "Clients connected.",
                   [&server] { return server.connections(); });
+    metrics.watch("planservice_unanswered_bytes", "What clients have sent and was not answered yet.",
+                  [&server] { return static_cast<double>(server.unansweredBytes()); });
     metrics.watch("planservice_workers", "Threads that use the database.",
                   [workerCount] { return workerCount; });
     metrics.watch("planservice_busy_workers", "Workers at a request.",

@@ -201,6 +201,7 @@ public:
 
     quint16 port() const { return m_port; }
     int connections() const { return m_context.connected; }
+    qint64 unansweredBytes() const { return m_context.unansweredBytes; }
 
     void run()
     {
@@ -439,6 +440,11 @@ quint16 HttpServer::port() const
 int HttpServer::connections() const
 {
     return d->connections();
+}
+
+qint64 HttpServer::unansweredBytes() const
+{
+    return d->unansweredBytes();
 }
 
 void HttpServer::run()

@@ -55,6 +55,8 @@ public:
 
     /// How many clients are connected. May be called from any thread.
     int connections() const;
+    /// Bytes that clients have sent and that were not answered yet. May be called from any thread.
+    qint64 unansweredBytes() const;
 
     /// Serves until SIGTERM or SIGINT; what is at work then is still answered. SIGHUP reopens the log and has
     /// new connections use the certificate that is in its files then.
