@@ -4,6 +4,7 @@
 
 #include <sqlite3.h>
 
+#include <csignal>
 #include <cstdio>
 
 using namespace PlanService;
@@ -68,6 +69,10 @@ int run(const QStringList& arguments)
 
 int main(int argc, char** argv)
 {
+#ifdef SIGXFSZ
+    // A file that may not grow is as good as a full disk: an error to tell, no reason to end without a word.
+    std::signal(SIGXFSZ, SIG_IGN);
+#endif
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("planservice"));
     return run(QCoreApplication::arguments());

@@ -2,6 +2,7 @@
 #include "../records/FieldReader.h"
 #include "../records/PlanNodeChange.h"
 #include "../records/ResponseInput.h"
+#include "../records/SiteClock.h"
 #include "../store/Store.h"
 #include "Endpoints.h"
 #include "PlanReply.h"
@@ -59,7 +60,7 @@ Reply postResponse(const Call& call)
     call.caller.requireEdit(owner->projectId, owner->category);
     requireFitting(call, input, *node);
     // The time is taken by whose turn it is to write, so that the order of responses is that of their times.
-    const QString now = siteNow();
+    const QString now = siteStamp();
     const ResponseRecord response = newResponse(input, id, now, call.caller.userId());
     call.store.insertResponse(response);
     const PlanNodeRecord moved =

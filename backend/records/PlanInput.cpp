@@ -4,6 +4,7 @@
 #include "../json/ClientJson.h"
 #include "../json/JsonWriter.h"
 #include "FieldReader.h"
+#include "SiteClock.h"
 
 #include <QJsonDocument>
 #include <QRandomGenerator>
@@ -183,7 +184,7 @@ PlanRecord newPlan(const QJsonObject& input, const QString& user)
                        QStringLiteral("'projectId' has to name the project that the plan belongs to"),
                        QStringLiteral("projectId"));
     }
-    const QString now = siteNow();
+    const QString now = siteStamp();
     writeDocument(plan, input, {now, user, now, user});
     return plan;
 }
@@ -205,7 +206,7 @@ PlanRecord changedPlan(const PlanRecord& plan, const QJsonObject& input, const Q
     PlanRecord changed = plan;
     const bool differs = values != before;
     writeDocument(changed, values,
-                  {plan.createdAt, plan.createdBy, differs ? siteNow() : plan.updatedAt,
+                  {plan.createdAt, plan.createdBy, differs ? siteStamp(plan.updatedAt) : plan.updatedAt,
                    differs ? user : before.value(QLatin1String("updatedBy")).toString()});
     return changed;
 }
@@ -216,7 +217,7 @@ PlanRecord copiedPlan(const PlanRecord& plan, const QString& name, const QString
     values.insert(QLatin1String("name"), name);
     PlanRecord copy = plan;
     copy.id = newPlanId();
-    const QString now = siteNow();
+    const QString now = siteStamp();
     writeDocument(copy, values, {now, user, now, user});
     return copy;
 }

@@ -3,6 +3,7 @@
 #include "FieldReader.h"
 #include "PlanInput.h"
 #include "PlanNodeWriter.h"
+#include "SiteClock.h"
 
 #include <QJsonDocument>
 
@@ -56,7 +57,7 @@ PlanNodeRecord changedPlanNode(const PlanNodeRecord& stored, const QJsonObject& 
         changed.document = stored.document;
         return changed;
     }
-    stamp.updatedAt = siteNow();
+    stamp.updatedAt = siteStamp(stored.updatedAt);
     stamp.updatedBy = user;
     writePlanNode(changed, in, stamp);
     return changed;

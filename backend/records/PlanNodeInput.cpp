@@ -3,6 +3,7 @@
 #include "../json/JsonWriter.h"
 #include "FieldReader.h"
 #include "PlanNodeWriter.h"
+#include "SiteClock.h"
 
 #include <QSet>
 
@@ -61,7 +62,7 @@ QVector<PlanNodeRecord> readPlanNodes(const PlanInput& input, const PlanRecord& 
     QVector<PlanNodeRecord> nodes;
     nodes.reserve(input.nodes.size());
     QSet<QString> seen;
-    const QString now = siteNow();
+    const QString now = siteStamp();
     const Stamp fresh{now, user, now, user};
     for (int i = 0; i < input.nodes.size(); ++i) {
         const FieldReader in = readerOf(input, i);
@@ -84,7 +85,7 @@ QVector<PlanNodeRecord> readPlanNodes(const PlanInput& input, const PlanRecord& 
             if (kept.document == stored->document) {
                 node = kept;
             } else {
-                stamp.updatedAt = now;
+                stamp.updatedAt = qMax(now, stored->updatedAt);
                 stamp.updatedBy = user;
                 writePlanNode(node, in, stamp);
             }

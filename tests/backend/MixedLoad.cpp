@@ -265,13 +265,16 @@ void LoadClient::run(quint16 port, const std::atomic<bool>& stop)
         const Change change = next();
         m_after = change.after;
         m_pending = true;
+        m_refused = false;
         const RawReply reply = http.request(change.method, change.target, change.body);
         if (reply.status == 0) {
-            ++m_counts.uncertain;
+            ++m_counts.unanswered;
             return;
         }
         if (reply.status == 500 || reply.status == 503) {
             ++m_counts.refused;
+            ++m_refusals;
+            m_refused = true;
             const QString wrong = settle(port);
             if (!wrong.isEmpty()) {
                 // Nothing can be read either: that is for the end.
@@ -363,7 +366,7 @@ QString LoadClient::settle(quint16 port)
     }
     if (m_pending && seen.facts == m_after && m_after != m_states.back()) {
         m_states.push_back(m_after);
-        ++m_counts.foundDone;
+        ++(m_refused ? m_counts.refusedButDone : m_counts.unansweredButDone);
     } else if (seen.facts != m_states.back()) {
         return m_name + ": "_s + firstDifference(m_states.back(), seen.facts) +
                (m_pending ? "; with the last change "_s + firstDifference(m_after, seen.facts) : QString());
@@ -411,6 +414,7 @@ MixedLoad::~MixedLoad()
 void MixedLoad::start(quint16 port)
 {
     m_stop = false;
+    m_refusedBefore = refusals();
     for (const auto& client : m_clients) {
         client->forgetPast();
         ++m_running;
@@ -421,23 +425,47 @@ void MixedLoad::start(quint16 port)
     }
 }
 
+int MixedLoad::refusals() const
+{
+    int sum = 0;
+    for (const auto& client : m_clients) {
+        sum += client->refusals();
+    }
+    return sum;
+}
+
+bool MixedLoad::waitFor(const std::function<bool()>& condition)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition()) {
+        if (m_running == 0 || timer.elapsed() > 120000) {
+            return condition();
+        }
+        QThread::usleep(200);
+    }
+    return true;
+}
+
 bool MixedLoad::waitForChanges(int changes)
 {
     std::vector<int> goals;
     for (const auto& client : m_clients) {
         goals.push_back(client->states() + changes);
     }
-    QElapsedTimer timer;
-    timer.start();
-    for (std::size_t i = 0; i < m_clients.size(); ++i) {
-        while (m_clients.at(i)->states() < goals.at(i)) {
-            if (m_running == 0 || timer.elapsed() > 60000) {
+    return waitFor([&] {
+        for (std::size_t i = 0; i < goals.size(); ++i) {
+            if (m_clients.at(i)->states() < goals.at(i)) {
                 return false;
             }
-            QThread::usleep(200);
         }
-    }
-    return true;
+        return true;
+    });
+}
+
+bool MixedLoad::waitForRefusals(int count)
+{
+    return waitFor([&] { return refusals() - m_refusedBefore >= count; });
 }
 
 void MixedLoad::stop()
@@ -466,8 +494,9 @@ LoadCounts MixedLoad::counts() const
     for (const auto& client : m_clients) {
         sum.acknowledged += client->counts().acknowledged;
         sum.refused += client->counts().refused;
-        sum.uncertain += client->counts().uncertain;
-        sum.foundDone += client->counts().foundDone;
+        sum.refusedButDone += client->counts().refusedButDone;
+        sum.unanswered += client->counts().unanswered;
+        sum.unansweredButDone += client->counts().unansweredButDone;
     }
     return sum;
 }

@@ -9,6 +9,7 @@
 #include <QStringList>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -22,9 +23,10 @@ using Facts = QMap<QString, QString>;
 struct LoadCounts
 {
     int acknowledged = 0;
-    int refused = 0;   ///< answered with 500 or 503
-    int uncertain = 0; ///< no answer came
-    int foundDone = 0; ///< of the refused and uncertain ones
+    int refused = 0;        ///< answered with 500 or 503
+    int refusedButDone = 0; ///< of them, those that were done all the same
+    int unanswered = 0;
+    int unansweredButDone = 0;
 };
 
 /// A client that creates, copies, changes and deletes plans, nodes, responses, metering states and settings
@@ -49,6 +51,8 @@ public:
     /// The number of the last state that is certain; a change under way leads to the next one. From any
     /// thread.
     int states() const { return m_certain; }
+    /// How many changes were answered with 500 or 503 so far. From any thread.
+    int refusals() const { return m_refusals; }
 
     const LoadCounts& counts() const { return m_counts; }
     /// Keeps the last state alone, as number 0.
@@ -100,7 +104,9 @@ private:
     QMap<QString, Plan> m_plans;
     std::vector<Facts> m_states;
     std::atomic<int> m_certain{0};
+    std::atomic<int> m_refusals{0};
     bool m_pending = false; ///< the change that leads to m_after was sent, and how it came out is not known
+    bool m_refused = false; ///< it was answered with 500 or 503
     Facts m_after;
     LoadCounts m_counts;
     QString m_complaint;
@@ -117,6 +123,8 @@ public:
     void start(quint16 port);
     /// Waits until each client has done so many further changes, or given up.
     bool waitForChanges(int changes);
+    /// Waits until changes were refused, so many in all since start().
+    bool waitForRefusals(int count);
     /// Ends the clients; they finish what they are at.
     void stop();
     /// For when they are stopped: see LoadClient.
@@ -125,10 +133,14 @@ public:
     std::vector<std::unique_ptr<LoadClient>>& clients() { return m_clients; }
 
 private:
+    bool waitFor(const std::function<bool()>& condition);
+    int refusals() const;
+
     std::vector<std::unique_ptr<LoadClient>> m_clients;
     std::vector<std::thread> m_threads;
     std::atomic<bool> m_stop{false};
     std::atomic<int> m_running{0};
+    int m_refusedBefore = 0;
 };
 
 } // namespace KvTest
