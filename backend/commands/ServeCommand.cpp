@@ -143,6 +143,7 @@ int runServe(const QStringList& arguments)
     settings.replyTimeout = std::chrono::seconds(options.number(QStringLiteral("reply-timeout"), 1, 3600));
     settings.largestBody = static_cast<std::size_t>(options.number(QStringLiteral("max-body"), 1, 1 << 30));
     settings.readTimeout = std::chrono::seconds(options.number(QStringLiteral("read-timeout"), 1, 3600));
+    settings.handshakeTimeout = std::min(settings.handshakeTimeout, settings.readTimeout);
     const int workerCount = options.number(QStringLiteral("workers"), 1, 64);
 
     returnLargeBlocks();

@@ -4,6 +4,7 @@
 #include "KvNetworkLimits.h"
 #include "KvOneTimeBody.h"
 #include "KvReplyOutcome.h"
+#include "KvTrust.h"
 #include "KvUrlText.h"
 
 #include <KvNetwork/KvBaseApi.h>
@@ -69,6 +70,7 @@ QNetworkRequest makeRequest(const QUrl& url)
     static const QNetworkRequest* const common = new QNetworkRequest(makeCommonRequest());
     QNetworkRequest request(*common);
     request.setUrl(url);
+    KvTrust::apply(request);
     return request;
 }
 
