@@ -86,6 +86,8 @@ export KV_BASE_API=${ready##* } KV_PROJECT_ID=sample-project KV_SETTINGS_DIR=$wo
 "$kvplan" plans | grep -q "$plan" || fail "kvplan does not list the plan"
 [ "$("$kvplan" show "$plan" --json | tr ',' '\n' | grep -c '"uniqueId"')" -eq 395 ] || fail "kvplan does not read the tasks"
 "$prefix/bin/planviewer" --version
+said=$(QT_QPA_PLATFORM=offscreen "$prefix/libexec/planviewer/planviewer-model" 2>&1) || true
+[[ "$said" == "usage: planviewer-model FILE"* ]] || fail "planviewer's reader of models does not start: $said"
 KV_PROJECT_ID=sample-project QT_QPA_PLATFORM=offscreen "$prefix/bin/planviewer" --language en --plan "$plan" \
     --gantt "$work/gantt.svg"
 grep -q '<svg' "$work/gantt.svg" || fail "planviewer does not draw the plan"

@@ -6,23 +6,9 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 
-namespace {
-
-QString programBeside()
-{
-#ifdef Q_OS_WIN
-    const QString name = QStringLiteral("planviewer-model.exe");
-#else
-    const QString name = QStringLiteral("planviewer-model");
-#endif
-    return QDir(QCoreApplication::applicationDirPath()).filePath(name);
-}
-
-} // namespace
-
 ModelReader::ModelReader(QObject* parent)
     : QObject(parent)
-    , m_program(programBeside())
+    , m_program(programFor(QCoreApplication::applicationDirPath()))
 {
     m_patience.setSingleShot(true);
     m_patience.setInterval(longestMinutes * 60 * 1000);
@@ -33,6 +19,11 @@ ModelReader::ModelReader(QObject* parent)
                           .arg(QDir::toNativeSeparators(m_path))
                           .arg(longestMinutes));
     });
+}
+
+QString ModelReader::programFor(const QString& folder)
+{
+    return QDir::cleanPath(folder + QLatin1Char('/') + QStringLiteral(KV_MODEL_READER));
 }
 
 ModelReader::~ModelReader()

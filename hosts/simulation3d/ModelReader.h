@@ -18,7 +18,9 @@ public:
     explicit ModelReader(QObject* parent = nullptr);
     ~ModelReader() override;
 
-    /// The program to run instead of the one beside this program.
+    /// The program that a planviewer in @p folder runs, in the build as in an installed tree.
+    static QString programFor(const QString& folder);
+    /// The program to run instead of that one.
     void setProgram(const QString& path) { m_program = path; }
 
     /// Begins to read, in place of what was being read. Ends with one of the signals, which may come within

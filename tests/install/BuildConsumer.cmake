@@ -49,6 +49,23 @@ execute_process(COMMAND ${CMAKE_COMMAND} --build ${WORK_DIR}/build COMMAND_ERROR
 execute_process(COMMAND ${WORK_DIR}/build/consumer COMMAND_ERROR_IS_FATAL ANY)
 
 if(WAY STREQUAL "package")
+    # What a person is to run has a manual page; programs of programs stay out of the way.
+    file(GLOB programs RELATIVE "${WORK_DIR}/prefix/bin" "${WORK_DIR}/prefix/bin/*")
+    foreach(program IN LISTS programs)
+        file(GLOB page "${WORK_DIR}/prefix/share/man/man1/${program}.1*")
+        if(NOT page)
+            message(FATAL_ERROR "${program} is among the commands, without a manual page")
+        endif()
+    endforeach()
+    # Works where it is, with the libraries of its own prefix.
+    if(EXISTS "${WORK_DIR}/prefix/bin/planviewer")
+        execute_process(COMMAND "${WORK_DIR}/prefix/${LIBEXEC}/planviewer/planviewer-model"
+            RESULT_VARIABLE result ERROR_VARIABLE said)
+        if(NOT said MATCHES "^usage: planviewer-model FILE\n")
+            message(FATAL_ERROR "planviewer's reader of models ended with ${result} and said: ${said}")
+        endif()
+    endif()
+
     # The installed examples are a project of their own.
     file(GLOB_RECURSE example "${WORK_DIR}/prefix/read_plan.cpp")
     get_filename_component(examples "${example}" DIRECTORY)

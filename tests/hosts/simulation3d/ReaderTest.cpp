@@ -70,6 +70,12 @@ private:
     }
 
 private Q_SLOTS:
+    void planviewerFindsTheReaderFromItsOwnFolder()
+    {
+        const QString program = ModelReader::programFor(QStringLiteral(PLANVIEWER_FOLDER));
+        QCOMPARE(program, QDir::cleanPath(QStringLiteral(MODEL_READER)));
+    }
+
     void namesAndPlacesAreThoseOfTheFile_data()
     {
         QTest::addColumn<QString>("file");
