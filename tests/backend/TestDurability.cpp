@@ -4,13 +4,11 @@
 // of its own.
 
 #include "DatabaseRows.h"
-#include "MixedLoad.h"
+#include "DurabilityRounds.h"
 #include "PlanNodeRequests.h"
 #include "records/SiteClock.h"
 
 #include <QDir>
-#include <QElapsedTimer>
-#include <QRandomGenerator>
 #include <QtTest>
 
 #include <sys/resource.h>
@@ -19,18 +17,6 @@ using namespace KvTest;
 using PlanService::SqliteDatabase;
 
 namespace {
-
-quint32 seedOfRun()
-{
-    bool given = false;
-    const quint32 seed = qEnvironmentVariable("KV_SEED").toUInt(&given);
-    return given ? seed : QRandomGenerator::system()->generate();
-}
-
-int rounds(int usual)
-{
-    return qEnvironmentVariable("KV_ROUNDS", QString::number(usual)).toInt();
-}
 
 /// A disk without room: the service's files may not grow beyond where they stand, or, on a disk of its own,
 /// the room is taken up by another file.
@@ -96,16 +82,6 @@ ServiceRun runLimited(int bytes, const QStringList& arguments)
     return run;
 }
 
-QString textOf(const LoadCounts& counts)
-{
-    return "%1 changes acknowledged, %2 refused (%3 done), %4 without an answer (%5 done)"_s
-        .arg(counts.acknowledged)
-        .arg(counts.refused)
-        .arg(counts.refusedButDone)
-        .arg(counts.unanswered)
-        .arg(counts.unansweredButDone);
-}
-
 } // namespace
 
 class TestDurability : public QObject
@@ -162,23 +138,7 @@ private Q_SLOTS:
         ServiceProcess service;
         MixedLoad load(6, m_seed);
         const int all = rounds(8);
-        for (int round = 0; round < all; ++round) {
-            QVERIFY2(service.start({"--create"_s}), qPrintable(service.failure()));
-            const QString wrong = load.settle(service.port());
-            QVERIFY2(wrong.isEmpty(), qPrintable(inRound(round, wrong)));
-            load.start(service.port());
-            QVERIFY2(load.waitForChanges(random.bounded(1, 10)), qPrintable(inRound(round, "no changes"_s)));
-            QElapsedTimer timer;
-            timer.start();
-            // At any moment of a change.
-            const qint64 wait = random.bounded(20000) * qint64(1000);
-            while (timer.nsecsElapsed() < wait) {
-            }
-            service.kill();
-            load.stop();
-        }
-        QVERIFY2(service.start(), qPrintable(service.failure()));
-        const QString wrong = load.settle(service.port());
+        const QString wrong = killRounds(service, load, random, all);
         QVERIFY2(wrong.isEmpty(), qPrintable(inRound(all, wrong)));
         QVERIFY2(service.stop(), qPrintable(service.failure()));
         report(all, load);
