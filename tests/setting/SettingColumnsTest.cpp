@@ -310,13 +310,14 @@ private Q_SLOTS:
                                  {QStringLiteral("3 ?"), 30}}));
     }
 
-    // Each alone and at the end of its line, where a byte that is taken for another would hurt the next line.
+    // Each alone, first of its name and at the end of its line, where a byte that is taken for another would
+    // hurt the next line.
     void everyCharacterIsKeptOrLostAlone()
     {
         const SettingFolder folder;
         Widths written;
         const auto name = [](int code, const QString& text) {
-            return QStringLiteral("%1 ").arg(code, 5, 16, QLatin1Char('0')) + text;
+            return text + QStringLiteral(" %1 ").arg(code, 5, 16, QLatin1Char('0')) + text;
         };
         for (int code = 1; code < 0x10000; ++code)
             written.insert(name(code, QString(QChar(code))), code);
