@@ -15,7 +15,9 @@
 #include <QtCore/QDir>
 #include <QtCore/QTextStream>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QDockWidget>
 #include <QtWidgets/QHeaderView>
+#include <QtWidgets/QSplitter>
 #include <QtWidgets/QTabWidget>
 #include <QtWidgets/QTreeView>
 #include <QtWidgets/QUndoStack>
@@ -50,6 +52,22 @@ int fullestTask(const TaskList& tasks)
     return best;
 }
 
+// The plan's name and whole columns up to the progress.
+void showWholeColumns(MainWindow& window)
+{
+    PlanPage& page = *window.planPage();
+    window.resizeDocks({window.findChild<QDockWidget*>(QStringLiteral("plansDock"))}, {480}, Qt::Horizontal);
+    QApplication::processEvents();
+    QHeaderView* const header = page.tree()->header();
+    header->resizeSection(TaskColumn::Name, 430);
+    int columns = 2 * page.tree()->frameWidth();
+    for (const int column : {TaskColumn::Name, TaskColumn::Start, TaskColumn::Finish, TaskColumn::Progress})
+        columns += header->sectionSize(column);
+    constexpr int details = 220;
+    page.findChild<QSplitter*>()->setSizes({columns, page.width() - columns - details, details});
+    page.chart()->followTree();
+}
+
 } // namespace
 
 bool writeScreenshots(MainWindow& window, const QString& folder)
@@ -63,9 +81,9 @@ bool writeScreenshots(MainWindow& window, const QString& folder)
         return dir.filePath(QLatin1String(name) + QStringLiteral(".png"));
     };
     PlanPage& page = *window.planPage();
-    window.resize(1920, 960); // room for whole names
-    page.tree()->header()->resizeSection(TaskColumn::Name, 340);
-    page.chart()->followTree();
+    window.resize(2100, 960); // room for whole names
+    const int usualWidth = page.tree()->header()->sectionSize(TaskColumn::Name);
+    showWholeColumns(window);
     page.chart()->zoomToFit();
     bool isWritten = grab(window, path("plan"));
 
@@ -95,6 +113,8 @@ bool writeScreenshots(MainWindow& window, const QString& folder)
     while (page.undoStack()->canUndo())
         page.undoStack()->undo();
     page.undoStack()->clear();
+
+    page.tree()->header()->resizeSection(TaskColumn::Name, usualWidth); // it is kept for the user
 
     window.tabs()->setCurrentWidget(window.statisticsPage());
     return grab(window, path("statistics")) && isWritten;

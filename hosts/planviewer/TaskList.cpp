@@ -38,7 +38,7 @@ TaskList::TaskList(QList<KvPlanNode> nodes)
     walkTree(
         nodes, std::numeric_limits<int>::max(),
         [&](const KvPlanNode& node, int) {
-            place(node, path.isEmpty() ? none : path.last());
+            place(node, path.isEmpty() ? none : path.at(qMin(path.size(), deepest) - 1));
             path.append(m_entries.size() - 1);
         },
         [&] {

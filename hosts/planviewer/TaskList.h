@@ -11,6 +11,9 @@ class TaskList
 {
 public:
     static constexpr int none = -1;
+    /// Levels that are shown. What is deeper stands below the task of the last level: Qt's tree view descends
+    /// by recursion and ends the program some ten thousand levels down.
+    static constexpr int deepest = 500;
 
     struct Entry
     {

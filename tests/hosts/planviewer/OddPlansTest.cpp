@@ -9,7 +9,9 @@
 #include <TaskColumns.h>
 #include <TaskModel.h>
 
+#include <KvNetwork/KvBaseApi.h>
 #include <KvSoftBase/KvSoftBase.h>
+#include <support/ScriptedServer.h>
 
 #include <QtGui/QImage>
 #include <QtTest/QtTest>
@@ -225,10 +227,52 @@ private Q_SLOTS:
         QVERIFY(!exportGantt(page, m_settings.filePath(QStringLiteral("x.doc"))).isEmpty());
     }
 
-    // A date at its end moves every summary task above.
+    // The event loop answers while the tasks come, and what is shown at first does not grow with them.
+    void aHundredThousandTasksOpen()
+    {
+        constexpr int count = 100000;
+        QByteArray body("[");
+        for (int i = 1; i <= count; ++i) {
+            const QByteArray number = QByteArray::number(i);
+            body +=
+                (i == 1 ? "{\"_id\":\"n" : ",{\"_id\":\"n") + number + "\",\"uniqueId\":" + number +
+                ",\"parentTaskID\":" + QByteArray::number(i % 100 == 1 ? 0 : i - (i - 1) % 100) +
+                ",\"name\":\"Task " + number +
+                "\",\"startDate\":\"2026-03-02T08:00:00.000\",\"finishDate\":\"2026-03-05T17:00:00.000\"}";
+        }
+        body += ']';
+        KvTest::ScriptedServer server;
+        KvBaseApi::GetInstance().setBaseApi(server.baseUrl());
+        server.setHandler([&body](const KvTest::Request& request) {
+            KvTest::Reply reply = KvTest::Reply::json(QJsonObject());
+            if (request.target.contains("/planNodes"))
+                reply.body = body;
+            return reply;
+        });
+        PlanPage page(&m_client);
+        page.resize(1200, 600);
+        page.show();
+        int answers = 0;
+        QTimer ticks;
+        connect(&ticks, &QTimer::timeout, &ticks, [&answers] { ++answers; });
+        ticks.start(0);
+        KvPlan plan;
+        plan.id = QStringLiteral("p1");
+        QVERIFY(page.open(plan));
+        QVERIFY2(answers >= 100, qPrintable(QString::number(answers)));
+        QCOMPARE(page.model()->tasks().size(), count);
+        QVERIFY(page.rows()->count() <= 2000);
+        const int before = answers;
+        QTRY_VERIFY(answers > before); // and it goes on
+        QVERIFY(page.find(QStringLiteral("Task 100000")));
+        QVERIFY(page.rows()->count() <= 2100);
+        QVERIFY(!page.grab().isNull());
+    }
+
+    // A date at its end moves every summary task above that is shown.
     void aDeepChainIsEditedAndExpanded()
     {
-        constexpr int depth = 3000;
+        constexpr int depth = 100000;
         QList<KvPlanNode> nodes = tasks(depth);
         for (int i = 1; i < depth; ++i) {
             nodes[i].parentTaskId = i;
@@ -244,6 +288,9 @@ private Q_SLOTS:
         QCOMPARE(page.model()->tasks().at(0).node.finishDate.date(), QDate(2026, 5, 1));
         page.undoStack()->undo();
         QCOMPARE(page.model()->tasks().at(0).node.finishDate, nodes.first().finishDate);
+        page.collapseAll();
+        QVERIFY(page.find(QStringLiteral("Task 100000")));
+        QCOMPARE(page.model()->positionOf(page.tree()->currentIndex()), depth - 1);
     }
 };
 

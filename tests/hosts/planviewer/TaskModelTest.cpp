@@ -263,7 +263,9 @@ private Q_SLOTS:
         TaskModel model(&m_undo);
         model.setTasks(nodes);
         QCOMPARE(model.tasks().size(), 100000);
-        QCOMPARE(model.tasks().at(99999).parent, 99998);
+        QCOMPARE(model.tasks().at(TaskList::deepest).parent, TaskList::deepest - 1);
+        QCOMPARE(model.tasks().at(99999).parent, TaskList::deepest - 1); // deeper than can be shown
+        QCOMPARE(model.tasks().at(99999).node.parentTaskId, 99999);      // and kept as it is
     }
 
     void theState_data()
