@@ -1,4 +1,5 @@
 #include "../operation/SqliteBackup.h"
+#include "../store/PostgresAddress.h"
 #include "Commands.h"
 
 namespace PlanService {
@@ -20,6 +21,17 @@ QString fileFrom(const Options& options, const QString& command)
         throw UsageError(QStringLiteral("a FILE is needed; see planservice %1 --help").arg(command));
     }
     return file;
+}
+
+QString databaseFrom(const Options& options)
+{
+    const QString database = options.required(QStringLiteral("database"));
+    if (isPostgresAddress(database)) {
+        throw Failure(
+            QStringLiteral("backup and restore are for SQLite files; copy a PostgreSQL database with "
+                           "pg_dump and pg_restore"));
+    }
+    return database;
 }
 
 Existing existingFrom(const Options& options)
@@ -44,8 +56,7 @@ int runBackup(const QStringList& arguments)
         return 0;
     }
     const QString file = fileFrom(options, command);
-    const DatabaseContents contents =
-        backUpSqlite(options.required(QStringLiteral("database")), file, existingFrom(options));
+    const DatabaseContents contents = backUpSqlite(databaseFrom(options), file, existingFrom(options));
     print(QStringLiteral("%1: %2\n").arg(file, contentsText(contents)));
     return 0;
 }
@@ -68,7 +79,7 @@ int runRestore(const QStringList& arguments)
         return 0;
     }
     const QString file = fileFrom(options, command);
-    const QString database = options.required(QStringLiteral("database"));
+    const QString database = databaseFrom(options);
     const SqliteRestore restore =
         restoreSqlite(file, database, existingFrom(options),
                       options.has(QStringLiteral("with-tokens")) ? TokensFrom::Backup : TokensFrom::Database);
