@@ -52,8 +52,8 @@ QStringList words(const char* line)
 Kvplan::Kvplan(const QString& server)
     : m_environment(QProcessEnvironment::systemEnvironment())
 {
-    for (const char* name :
-         {"KV_BASE_API", "KV_PROJECT_ID", "KV_SETTINGS_DIR", "KV_ACCESS_TOKEN", "KV_CA_FILE", "KV_NETWORK_TIMEOUT_MS"})
+    for (const char* name : {"KV_BASE_API", "KV_PROJECT_ID", "KV_SETTINGS_DIR", "KV_ACCESS_TOKEN",
+                             "KV_CA_FILE", "KV_NETWORK_TIMEOUT_MS"})
         m_environment.remove(QLatin1String(name));
     if (!server.isEmpty())
         m_environment.insert(QStringLiteral("KV_BASE_API"), server);
