@@ -427,12 +427,22 @@ def main():
         return numbers[:options.count]
 
     def untried():
-        """Until enough of them compile, in the order of the draw."""
-        for number, key in enumerate(keys):
-            if sum(record.outcome(k) not in (None, "does not compile") for k in keys[:number]) >= options.count:
+        """Of the first ones until enough of them compile; those in headers last, as they make tests anew."""
+        given = set()
+        while True:
+            enough, waiting = 0, []
+            for number, key in enumerate(keys):
+                if enough == options.count:
+                    break
+                if record.outcome(key) != "does not compile":
+                    enough += 1
+                    if record.outcome(key) is None and number not in given:
+                        waiting.append(number)
+            if not waiting:
                 return
-            if record.outcome(key) is None:
-                yield number
+            number = min(waiting, key=lambda n: (edits[n].file.endswith(".h"), n))
+            given.add(number)
+            yield number
 
     in_all_copies(by_own_room, untried())
     in_all_copies(by_others, [n for n in compiling() if record.outcome(keys[n]) == "survived its room"])

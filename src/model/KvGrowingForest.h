@@ -48,13 +48,13 @@ public:
     }
 
 private:
-    struct Node
+    struct Node // of zeros until it is added
     {
-        int parent = -1;
-        int jump = -1;
-        int depth = 0;
-        int row = 0;
-        int childCount = 0;
+        int parent;
+        int jump;
+        int depth;
+        int row;
+        int childCount;
     };
 
     Node& at(int node) { return m_nodes[static_cast<std::size_t>(node)]; }

@@ -17,7 +17,7 @@ public:
     {
         std::size_t bits = static_cast<std::size_t>(qMax(size, 1));
         do {
-            bits = (bits + 63) / 64;
+            bits = (bits - 1) / 64 + 1;
             m_levels.emplace_back(bits, 0);
         } while (bits > 1);
     }
