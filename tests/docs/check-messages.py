@@ -17,7 +17,7 @@ FOLDERS = ["backend", "hosts", "platform/network"]
 LITERAL = re.compile(r'"((?:[^"\\\n]|\\.)*)"')
 TRANSLATED = re.compile(r'\b(?:tr|translate|QT_TR_NOOP|QT_TRANSLATE_NOOP)\(\s*(?:"\w+",\s*)?"((?:[^"\\\n]|\\.)*)"')
 SQL = re.compile(r"\b(SELECT|CASE|WHEN|EXISTS|INSERT|UPDATE|DELETE|CREATE|WHERE|ORDER BY|PRAGMA|BEGIN|ALTER|AND|OR|NOT|"
-                 r"json_\w+|coalesce|nullif|iif|substr|count)\b\s*[('A-Za-z%]")
+                 r"CAST|json_\w+|coalesce|nullif|iif|substr|count)\b\s*[('A-Za-z%]|\b(IS NULL|NULLS FIRST)\b")
 
 
 def readable(literal):
