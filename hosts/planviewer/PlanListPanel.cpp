@@ -47,7 +47,7 @@ PlanListPanel::PlanListPanel(PlanClient* client, QWidget* parent)
     m_view->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_view->setTabKeyNavigation(false);
     m_view->setShowGrid(false);
-    m_view->setWordWrap(false);
+    m_view->setWordWrap(true);
     m_view->verticalHeader()->hide();
     m_view->horizontalHeader()->setSectionResizeMode(PlanListModel::Name, QHeaderView::Stretch);
     for (int column = PlanListModel::Category; column < PlanListModel::ColumnCount; ++column)
@@ -57,6 +57,7 @@ PlanListPanel::PlanListPanel(PlanClient* client, QWidget* parent)
     buildFilter();
     connect(m_view, &QTableView::activated, this,
             [this](const QModelIndex& index) { Q_EMIT opened(m_model.plans().at(index.row())); });
+    connect(m_view->horizontalHeader(), &QHeaderView::sectionResized, this, &PlanListPanel::fitRows);
     connect(m_view->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &PlanListPanel::selectionChanged);
 }
@@ -114,9 +115,18 @@ void PlanListPanel::refresh()
         return;
     const QString id = selected().id;
     m_model.setPlans(plans);
+    fitRows();
     m_count->setText(tr("Plans: %1").arg(plans.size()));
     select(id);
     Q_EMIT selectionChanged();
+}
+
+// Long names go on in the next line; measuring very many would take its time.
+void PlanListPanel::fitRows()
+{
+    constexpr int most = 300;
+    if (m_model.plans().size() <= most)
+        m_view->resizeRowsToContents();
 }
 
 void PlanListPanel::select(const QString& planId)

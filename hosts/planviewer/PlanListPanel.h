@@ -34,6 +34,7 @@ Q_SIGNALS:
 
 private:
     void buildFilter();
+    void fitRows();
 
     PlanClient* m_client;
     PlanListModel m_model;

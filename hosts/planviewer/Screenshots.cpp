@@ -56,14 +56,14 @@ int fullestTask(const TaskList& tasks)
 void showWholeColumns(MainWindow& window)
 {
     PlanPage& page = *window.planPage();
-    window.resizeDocks({window.findChild<QDockWidget*>(QStringLiteral("plansDock"))}, {480}, Qt::Horizontal);
+    window.resizeDocks({window.findChild<QDockWidget*>(QStringLiteral("plansDock"))}, {330}, Qt::Horizontal);
     QApplication::processEvents();
     QHeaderView* const header = page.tree()->header();
     header->resizeSection(TaskColumn::Name, 430);
     int columns = 2 * page.tree()->frameWidth();
     for (const int column : {TaskColumn::Name, TaskColumn::Start, TaskColumn::Finish, TaskColumn::Progress})
         columns += header->sectionSize(column);
-    constexpr int details = 220;
+    constexpr int details = 210;
     page.findChild<QSplitter*>()->setSizes({columns, page.width() - columns - details, details});
     page.chart()->followTree();
 }
@@ -81,7 +81,7 @@ bool writeScreenshots(MainWindow& window, const QString& folder)
         return dir.filePath(QLatin1String(name) + QStringLiteral(".png"));
     };
     PlanPage& page = *window.planPage();
-    window.resize(2100, 960); // room for whole names
+    window.resize(1920, 960); // room for whole names
     const int usualWidth = page.tree()->header()->sectionSize(TaskColumn::Name);
     showWholeColumns(window);
     page.chart()->zoomToFit();
