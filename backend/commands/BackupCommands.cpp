@@ -1,4 +1,4 @@
-#include "../operation/SqliteBackup.h"
+#include "../operation/PostgresBackup.h"
 #include "../store/PostgresAddress.h"
 #include "Commands.h"
 
@@ -23,17 +23,6 @@ QString fileFrom(const Options& options, const QString& command)
     return file;
 }
 
-QString databaseFrom(const Options& options)
-{
-    const QString database = options.required(QStringLiteral("database"));
-    if (isPostgresAddress(database)) {
-        throw Failure(
-            QStringLiteral("backup and restore are for SQLite files; copy a PostgreSQL database with "
-                           "pg_dump and pg_restore"));
-    }
-    return database;
-}
-
 Existing existingFrom(const Options& options)
 {
     return options.has(QStringLiteral("force")) ? Existing::Replace : Existing::Keep;
@@ -50,13 +39,16 @@ int runBackup(const QStringList& arguments)
                        "runs on it. FILE is whole and checked, or is not there; its owner alone may\n"
                        "read it."),
         {QStringLiteral("FILE")});
-    options.add(QStringLiteral("database"), QStringLiteral("The database file."), QStringLiteral("FILE"));
+    options.add(QStringLiteral("database"), QStringLiteral("The database: a file, or postgresql://..."),
+                QStringLiteral("DATABASE"));
     options.add(QStringLiteral("force"), QStringLiteral("Replace FILE when it is there already."));
     if (!options.parse(arguments)) {
         return 0;
     }
     const QString file = fileFrom(options, command);
-    const DatabaseContents contents = backUpSqlite(databaseFrom(options), file, existingFrom(options));
+    const QString database = options.required(QStringLiteral("database"));
+    const auto backUp = isPostgresAddress(database) ? backUpPostgres : backUpSqlite;
+    const DatabaseContents contents = backUp(database, file, existingFrom(options));
     print(QStringLiteral("%1: %2\n").arg(file, contentsText(contents)));
     return 0;
 }
@@ -69,8 +61,9 @@ int runRestore(const QStringList& arguments)
         QStringLiteral("Gives a database the contents of a backup FILE, all or nothing, also while a\n"
                        "service runs on it. What it held is kept in a file beside it."),
         {QStringLiteral("FILE")});
-    options.add(QStringLiteral("database"), QStringLiteral("The database file; it is created when missing."),
-                QStringLiteral("FILE"));
+    options.add(QStringLiteral("database"),
+                QStringLiteral("The database: a file, which is created when missing, or postgresql://..."),
+                QStringLiteral("DATABASE"));
     options.add(QStringLiteral("force"), QStringLiteral("Replace what the database holds."));
     options.add(QStringLiteral("with-tokens"),
                 QStringLiteral("Take tokens and rights from the backup as well. Otherwise those of the "
@@ -79,12 +72,13 @@ int runRestore(const QStringList& arguments)
         return 0;
     }
     const QString file = fileFrom(options, command);
-    const QString database = databaseFrom(options);
-    const SqliteRestore restore =
-        restoreSqlite(file, database, existingFrom(options),
-                      options.has(QStringLiteral("with-tokens")) ? TokensFrom::Backup : TokensFrom::Database);
+    const QString database = options.required(QStringLiteral("database"));
+    const RestoreReport restore = (isPostgresAddress(database) ? restorePostgres : restoreSqlite)(
+        file, database, existingFrom(options),
+        options.has(QStringLiteral("with-tokens")) ? TokensFrom::Backup : TokensFrom::Database);
     print(QStringLiteral("%1: %2%3\n")
-              .arg(database, contentsText(restore.contents),
+              .arg(isPostgresAddress(database) ? readPostgresAddress(database).name : database,
+                   contentsText(restore.contents),
                    restore.tokensKept ? QStringLiteral(", its own tokens") : QString()));
     if (!restore.keptAs.isEmpty()) {
         print(QStringLiteral("%1: what it held before\n").arg(restore.keptAs));

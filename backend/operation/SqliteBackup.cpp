@@ -24,9 +24,7 @@ void requireDatabase(const QString& path)
         throw Failure(QStringLiteral("there is no file '%1'; check the path").arg(path));
     case DatabaseFile::Empty:
     case DatabaseFile::Foreign:
-        throw Failure(QStringLiteral("'%1' is not a planservice database; it was left as it is, "
-                                     "name another file")
-                          .arg(path));
+        throw Failure(QStringLiteral("'%1' is no planservice database; name another one").arg(path));
     }
 }
 
@@ -181,7 +179,7 @@ bool decideOnTokens(SqliteDatabase& database, TokensFrom tokensFrom)
 
 /// Writers wait from the copy on, so that it lacks nothing that anybody was told is stored.
 void replaceAtOnce(SqliteDatabase& database, const QString& name, TokensFrom tokensFrom,
-                   SqliteRestore& report)
+                   RestoreReport& report)
 {
     database.execute(sql("BEGIN IMMEDIATE"));
     try {
@@ -210,7 +208,7 @@ DatabaseContents backUpSqlite(const QString& database, const QString& file, Exis
     return publishCopy(database, copy, "restore the newest backup that is whole");
 }
 
-SqliteRestore restoreSqlite(const QString& file, const QString& database, Existing existing,
+RestoreReport restoreSqlite(const QString& file, const QString& database, Existing existing,
                             TokensFrom tokensFrom)
 {
     requireDatabase(file);
@@ -223,7 +221,7 @@ SqliteRestore restoreSqlite(const QString& file, const QString& database, Existi
     } else {
         requireDatabase(database);
     }
-    SqliteRestore report;
+    RestoreReport report;
     // Where there is no database the copy becomes it.
     NewFile staged(missing ? database : database + QStringLiteral(".restore"), Existing::Keep);
     if (missing) {

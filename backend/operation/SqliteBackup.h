@@ -24,7 +24,7 @@ enum class TokensFrom
     Backup,
 };
 
-struct SqliteRestore
+struct RestoreReport
 {
     DatabaseContents contents;
     QString keptAs;          ///< file with what the database held before; empty when there was no database
@@ -37,7 +37,7 @@ struct SqliteRestore
 /// of the old is there. Services that run on the database go on running.
 /// @param existing Keep refuses a database that holds anything.
 /// Throws Failure; the database is then as it was.
-SqliteRestore restoreSqlite(const QString& file, const QString& database, Existing existing,
+RestoreReport restoreSqlite(const QString& file, const QString& database, Existing existing,
                             TokensFrom tokensFrom);
 
 } // namespace PlanService
