@@ -3,7 +3,9 @@
 #   own-postgres.sh PROGRAM [ARGUMENT...]
 # Commits reach the disk as they do elsewhere.
 set -eu
+# Servers that are made at the same time would look for a free port at the same time and find the same one.
+port=$((12000 + $$ % 20000))
 # The words of the inner script are its own.
 # shellcheck disable=SC2016
-exec pg_virtualenv -t -o max_connections=100 -c '--locale=C.UTF-8 --encoding=UTF8' \
+exec pg_virtualenv -t -o max_connections=100 -c "--port=$port --locale=C.UTF-8 --encoding=UTF8" \
     sh -c 'KV_TEST_DATABASE=postgresql://$PGUSER:$PGPASSWORD@$PGHOST:$PGPORT/ exec "$@"' sh "$@"
