@@ -149,6 +149,8 @@ private Q_SLOTS:
         };
         QTRY_VERIFY_WITH_TIMEOUT(allAreClosed(), 60000);
         QVERIFY(answered > 1);
+        // Asked once each time: the connection that asks is one, and the one before takes a moment to go.
+        QVERIFY(QTest::qWaitFor([&] { return numberOf(service, "planservice_connections") == 1; }));
         QVERIFY2(service.stop(), qPrintable(service.failure()));
     }
 
@@ -193,7 +195,7 @@ private Q_SLOTS:
                  qPrintable(service.failure()));
         const QByteArray path = "/task-service/plans/" + plan;
         std::vector<std::unique_ptr<QTcpSocket>> deaf;
-        for (int i = 0; i < 8; ++i) {
+        for (int i = 0; i < 4; ++i) {
             deaf.push_back(std::make_unique<QTcpSocket>());
             deaf.back()->setReadBufferSize(1);
             deaf.back()->connectToHost(QHostAddress(QHostAddress::LocalHost), service.port());
@@ -204,7 +206,7 @@ private Q_SLOTS:
         // One after the other fills the memory, is given up, and makes room for the next; small ones go on.
         int answered = 0;
         QTRY_VERIFY_WITH_TIMEOUT((answered += RawHttp(service.port()).get("/health").status == 200 ? 1 : 0,
-                                  logged(service, QString::fromLatin1(path)).size() == 8),
+                                  logged(service, QString::fromLatin1(path)).size() == 4),
                                  60000);
         QVERIFY(answered > 1);
         const QList<QJsonObject> lines = logged(service, QString::fromLatin1(path));
