@@ -1,6 +1,7 @@
 #include "../access/Exposure.h"
 #include "../endpoints/Endpoints.h"
 #include "../http/AccessLog.h"
+#include "../http/OpenFiles.h"
 #include "../http/Service.h"
 #include "../operation/Metrics.h"
 #include "../store/OpenStore.h"

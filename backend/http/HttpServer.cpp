@@ -14,10 +14,6 @@
 #include <csignal>
 #include <thread>
 
-#ifdef __unix__
-#include <sys/resource.h>
-#endif
-
 namespace PlanService {
 
 namespace {
@@ -52,31 +48,6 @@ asio::ip::address addressFrom(const QString& text)
     return address;
 }
 
-ApiError malformedRequest()
-{
-    return {400, QStringLiteral("malformedRequest"), QStringLiteral("the request is not well-formed HTTP")};
-}
-
-ApiError refusal(const std::string& message)
-{
-    const auto has = [&](const char* name) {
-        return message.find(name) != std::string::npos;
-    };
-    if (has("HPE_CB_url")) {
-        return {414, QStringLiteral("urlTooLong"),
-                QStringLiteral("the URL is longer than this service accepts")};
-    }
-    if (has("HPE_CB_headers_complete") || has("HPE_CB_body")) {
-        return {413, QStringLiteral("bodyTooLarge"),
-                QStringLiteral("the body is larger than this service accepts")};
-    }
-    if (has("HPE_CB_header_field") || has("HPE_CB_header_value") || has("HPE_HEADER_OVERFLOW")) {
-        return {431, QStringLiteral("headersTooLarge"),
-                QStringLiteral("the headers are longer or more than this service accepts")};
-    }
-    return malformedRequest();
-}
-
 /// Whether somebody between client and service may read the request in another way than the parser here did,
 /// which lets more pass than it should. What lies between two such readings is how requests are smuggled.
 bool isAmbiguous(const restinio::http_request_header_t& header)
@@ -94,61 +65,10 @@ bool isAmbiguous(const restinio::http_request_header_t& header)
 
 } // namespace
 
-QByteArray reasonPhrase(int status)
-{
-    switch (status) {
-    case 200:
-        return "OK";
-    case 204:
-        return "No Content";
-    case 400:
-        return "Bad Request";
-    case 401:
-        return "Unauthorized";
-    case 403:
-        return "Forbidden";
-    case 404:
-        return "Not Found";
-    case 405:
-        return "Method Not Allowed";
-    case 413:
-        return "Payload Too Large";
-    case 414:
-        return "URI Too Long";
-    case 431:
-        return "Request Header Fields Too Large";
-    case 503:
-        return "Service Unavailable";
-    default:
-        return status < 500 ? "Error" : "Internal Server Error";
-    }
-}
-
-Rejection rejectionOf(const ApiError& error)
-{
-    const Reply reply = error.reply();
-    const QByteArray body = reply.body.constFirst();
-    QByteArray text = "HTTP/1.1 " + QByteArray::number(reply.status) + ' ' + reasonPhrase(reply.status) +
-                      "\r\nContent-Type: " + reply.contentType +
-                      "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\nConnection: close\r\n";
-    for (const auto& extra : reply.headers) {
-        text += extra.first + ": " + extra.second + "\r\n";
-    }
-    return {reply.status, text + "\r\n" + body};
-}
-
-Rejection crowdedOut()
-{
-    return rejectionOf(
-        ApiError(503, QStringLiteral("busy"),
-                 QStringLiteral("too many large requests are on their way; try again in a moment"))
-            .withHeader("Retry-After", "1"));
-}
-
 void ParserLog::note(const std::string& message) const
 {
     if (message.find("parser error") != std::string::npos) {
-        pendingRejection() = rejectionOf(refusal(message));
+        pendingRejection() = rejectionOf(refusalOf(message));
     }
 }
 
@@ -403,27 +323,6 @@ private:
     asio::signal_set m_hangup;
     asio::steady_timer m_stopTimer;
 };
-
-int connectionsPossible()
-{
-    // An acceptor that finds no file left takes nobody any more, so that must not come about: there is room
-    // for the workers' files of the database, and for connections that are about to be closed.
-    constexpr int others = 256 + LingeringClose::mostAtATime;
-    constexpr int most = 60000;
-#ifdef __unix__
-    rlimit limit = {};
-    if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
-        rlimit raised = limit;
-        raised.rlim_cur = std::min<rlim_t>(limit.rlim_max, most + others);
-        if (raised.rlim_cur > limit.rlim_cur && ::setrlimit(RLIMIT_NOFILE, &raised) == 0) {
-            limit = raised;
-        }
-        return std::clamp(static_cast<int>(std::min<rlim_t>(limit.rlim_cur, most + others)) - others, 1,
-                          most);
-    }
-#endif
-    return most;
-}
 
 HttpServer::HttpServer(const HttpSettings& settings, RequestHandler handler, AccessLog& log)
     : d(std::make_unique<Private>(settings, std::move(handler), log))

@@ -36,10 +36,6 @@ struct HttpSettings
     std::chrono::seconds arrivalTimeout{5}; ///< the same for requests that have come in part
 };
 
-/// Raises the limit of files that this process may have open as far as it goes. @return how many clients that
-/// leaves room for, beside what else the service opens; at least 1.
-int connectionsPossible();
-
 /// The HTTP side: reads requests, hands them over, sends the replies. It knows no path and no database.
 class HttpServer
 {

@@ -2,6 +2,7 @@
 
 // How a refused connection ends. Included by the files of the server alone.
 
+#include "OpenFiles.h"
 #include "ServerContext.h"
 
 #include <asio/bind_executor.hpp>
@@ -23,7 +24,7 @@ public:
     /// one of the files that the process may have open.
     static void start(ServerContext& context, asio::ip::tcp::socket&& socket)
     {
-        if (context.lingering >= mostAtATime) {
+        if (context.lingering >= mostLingering) {
             asio::error_code ignored;
             socket.close(ignored);
             return;
@@ -31,8 +32,6 @@ public:
         const auto lingering = std::make_shared<LingeringClose>(context, std::move(socket));
         asio::dispatch(lingering->m_strand, [lingering] { lingering->run(); });
     }
-
-    static constexpr int mostAtATime = 128;
 
     LingeringClose(ServerContext& context, asio::ip::tcp::socket&& socket)
         : m_context(context)

@@ -4,7 +4,7 @@
 
 #include "AccessLog.h"
 #include "LingeringClose.h"
-#include "Reply.h"
+#include "Rejection.h"
 
 #include <asio/ssl.hpp>
 #include <restinio/all.hpp>
@@ -14,19 +14,6 @@
 #endif
 
 namespace PlanService {
-
-/// What is still to be said on a connection that is about to be closed.
-struct Rejection
-{
-    int status = 0;
-    QByteArray text; ///< the whole reply
-};
-
-/// The reply to a request that was not read to its end.
-Rejection rejectionOf(const ApiError& error);
-
-/// That of a request for which there is no room.
-Rejection crowdedOut();
 
 /// Set by ParserLog or the socket and taken by the socket: the connection logs why it gives up and then
 /// closes its socket in the same call, and there is no other road from the one to the other.
