@@ -13,7 +13,7 @@
 
 namespace KvTest {
 
-inline QStringList firstColumn(PlanService::SqliteDatabase& database, const QString& sql)
+inline QStringList firstColumn(PlanService::SqlDatabase& database, const QString& sql)
 {
     QStringList values;
     QSqlQuery rows = database.runOnce(sql, {});

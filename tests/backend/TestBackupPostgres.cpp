@@ -3,8 +3,10 @@
 
 #include "BackupRuns.h"
 #include "FreshDatabase.h"
+#include "KeptReadings.h"
 #include "MixedLoad.h"
 #include "PlanNodeRequests.h"
+#include "store/Migrations.h"
 #include "store/PostgresAddress.h"
 #include "store/PostgresDatabase.h"
 
@@ -42,6 +44,37 @@ private:
 
 private Q_SLOTS:
     void initTestCase() { QVERIFY2(FreshDatabase::isPostgres(), "run me as ctest does, by own-postgres.sh"); }
+
+    void keptDatabasesReadLikeThoseInFiles()
+    {
+        const QString file = path("kept.db"_s);
+        QVERIFY(fillFromSql(file, QStringLiteral(SCHEMAS_DIR) +
+                                      "/version-%1.sql"_s.arg(PlanService::migrations().last().version)));
+        const QMap<QString, QString> expected = readingsOfFile(file);
+        const QString server = qEnvironmentVariable("KV_TEST_DATABASE");
+        for (const PlanService::Migration& step : PlanService::postgresMigrations()) {
+            const QString name = "kept%1"_s.arg(step.version);
+            PostgresDatabase(PlanService::readPostgresAddress(server + "postgres"_s))
+                .execute("CREATE DATABASE %1"_s.arg(name));
+            QProcess psql;
+            psql.start(
+                "psql"_s,
+                {"--quiet"_s, "--set=ON_ERROR_STOP=1"_s, "--dbname="_s + name, "--output=/dev/null"_s,
+                 "--file="_s + QStringLiteral(SCHEMAS_DIR) + "/postgres-version-%1.sql"_s.arg(step.version)});
+            QVERIFY(psql.waitForFinished());
+            QVERIFY2(psql.exitCode() == 0, psql.readAllStandardError().constData());
+            const auto store = PlanService::openStore(server + name, PlanService::MissingDatabase::Refuse);
+            PostgresDatabase raw(PlanService::readPostgresAddress(server + name));
+            QCOMPARE(raw.schemaVersion(), PlanService::postgresMigrations().last().version);
+            QCOMPARE(readings(raw, *store), expected);
+            // One that a newer program wrote is refused in one line.
+            raw.setSchemaVersion(999);
+            const ServiceRun run = ServiceProcess::run({"token"_s, "list"_s, "--database"_s, server + name});
+            QCOMPARE(run.exitCode, 1);
+            QCOMPARE(run.errors.count('\n'), 1);
+            QVERIFY2(run.errors.contains("has schema version 999"), run.errors.constData());
+        }
+    }
 
     void isOneInstantOfEachClient()
     {
