@@ -4,8 +4,10 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 
 using namespace PlanService;
 
@@ -65,6 +67,26 @@ int run(const QStringList& arguments)
     return 2;
 }
 
+/// Qt complains of each statement that went down with its connection to PostgreSQL; the log has told it once.
+void passOn(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    if (!message.startsWith(QLatin1String("Unable to free statement"))) {
+        std::fprintf(stderr, "%s\n", qFormatLogMessage(type, context, message).toLocal8Bit().constData());
+    }
+}
+
+/// Takes a password out of what other users of the machine see of this process. It was read before.
+void hidePassword(char* argument)
+{
+    char* address = std::strstr(argument, "postgres");
+    char* user = address == nullptr ? nullptr : std::strstr(address, "://");
+    char* host = user == nullptr ? nullptr : std::strchr(user, '@');
+    char* password = host == nullptr ? nullptr : std::strchr(user + 3, ':');
+    if (password != nullptr && password < host) {
+        std::fill(password + 1, host, '*');
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -73,7 +95,10 @@ int main(int argc, char** argv)
     // A file that may not grow is as good as a full disk: an error to tell, no reason to end without a word.
     std::signal(SIGXFSZ, SIG_IGN);
 #endif
+    qInstallMessageHandler(passOn);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("planservice"));
-    return run(QCoreApplication::arguments());
+    const QStringList arguments = QCoreApplication::arguments();
+    std::for_each(argv + 1, argv + argc, hidePassword);
+    return run(arguments);
 }

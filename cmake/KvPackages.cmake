@@ -88,7 +88,7 @@ Keeps plans, their tasks and progress in a database and serves them over
 HTTP, with tokens and rights. Its systemd unit is neither enabled nor started
 on installation.")
     set(CPACK_DEBIAN_PLANSERVICE_PACKAGE_DEPENDS "libqt5sql5-sqlite, passwd, procps")
-    set(CPACK_DEBIAN_PLANSERVICE_PACKAGE_SUGGESTS "libqt5sql5-psql")
+    set(CPACK_DEBIAN_PLANSERVICE_PACKAGE_RECOMMENDS "libqt5sql5-psql")
     set(CPACK_DEBIAN_PLANSERVICE_PACKAGE_CONTROL_EXTRA
         "${PROJECT_SOURCE_DIR}/packaging/debian/postinst;${PROJECT_SOURCE_DIR}/packaging/debian/prerm")
     set(CPACK_DEBIAN_PLANSERVICE_PACKAGE_CONTROL_STRICT_PERMISSION ON)

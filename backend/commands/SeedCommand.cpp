@@ -51,7 +51,9 @@ int runSeed(const QStringList& arguments)
                     QStringLiteral("Puts a sample project into a database, which is created when missing.\n"
                                    "Either the whole project goes in or nothing. The same options give the\n"
                                    "same project."));
-    options.add(QStringLiteral("database"), QStringLiteral("The database file."), QStringLiteral("FILE"));
+    options.add(QStringLiteral("database"),
+                QStringLiteral("SQLite file, or postgresql://user@host:5432/database."),
+                QStringLiteral("DATABASE"));
     addSampleOptions(options);
     options.add(QStringLiteral("model"),
                 QStringLiteral("Write the building's geometry to this file, glTF 2.0 or Wavefront OBJ by its "

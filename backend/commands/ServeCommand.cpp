@@ -22,7 +22,9 @@ constexpr std::size_t longestQueue = 4096;
 
 void addServeOptions(Options& options)
 {
-    options.add(QStringLiteral("database"), QStringLiteral("The database file."), QStringLiteral("FILE"));
+    options.add(QStringLiteral("database"),
+                QStringLiteral("SQLite file, or postgresql://user@host:5432/database."),
+                QStringLiteral("DATABASE"));
     options.add(QStringLiteral("create"), QStringLiteral("Create the database when the file is missing."));
     options.add(QStringLiteral("listen"),
                 QStringLiteral("Address to listen on. Any but a loopback address takes tokens and TLS."),

@@ -130,7 +130,9 @@ int runToken(const QStringList& arguments)
                        "list: show tokens and rights, never a token itself.\n"
                        "revoke ID: make a token useless."),
         {QStringLiteral("create|grant|list|revoke"), QStringLiteral("[ID]")});
-    options.add(QStringLiteral("database"), QStringLiteral("The database file."), QStringLiteral("FILE"));
+    options.add(QStringLiteral("database"),
+                QStringLiteral("SQLite file, or postgresql://user@host:5432/database."),
+                QStringLiteral("DATABASE"));
     options.add(QStringLiteral("user"), QStringLiteral("User that the token stands for."),
                 QStringLiteral("NAME"));
     options.add(QStringLiteral("project"), QStringLiteral("Project that the rights are for."),

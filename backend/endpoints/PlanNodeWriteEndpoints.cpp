@@ -9,6 +9,7 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QSet>
 
 namespace PlanService {
 
@@ -61,40 +62,79 @@ JsonPieces create(const Call& call, const PlanInput& input, const PlanRecord& pl
     if (!plan.id.isEmpty() && !call.store.planOwnership(plan.id)) {
         throw noSuchPlan(plan.id); // it went while the nodes were read
     }
+    insertNodes(call.store, nodes, ids);
     QStringList created;
     created.reserve(nodes.size());
-    for (PlanNodeRecord& node : nodes) {
-        insertNode(call.store, node, ids);
+    for (const PlanNodeRecord& node : qAsConst(nodes)) {
         created.append(node.id);
-        node.document.clear(); // many documents at once are most of the memory
     }
     const JsonPieces json = call.store.planNodesJson(created);
     transaction.commit();
     return json;
 }
 
-/// The stored node that the changes are for, and that the caller may change.
-PlanNodeRecord nodeToChange(const Call& call, const QString& id, const QString& field)
+ApiError noNodeToChange(const QString& id, const QString& field)
 {
-    const std::optional<PlanNodeRecord> node = call.store.planNode(id);
-    if (!node) {
-        throw ApiError(404, QStringLiteral("planNodeNotFound"),
-                       QStringLiteral("there is no plan node '%1'; nothing was changed").arg(shortened(id)),
-                       field);
-    }
-    call.caller.requireEdit(node->projectId, node->category);
-    return *node;
+    return {404, QStringLiteral("planNodeNotFound"),
+            QStringLiteral("there is no plan node '%1'; nothing was changed").arg(shortened(id)), field};
 }
 
-void change(const Call& call, const PlanNodeRecord& stored, const QJsonObject& changes, int index)
+/// The node with the changes, which the caller may make.
+PlanNodeRecord changedBy(const Call& call, const PlanNodeRecord& stored, const QJsonObject& changes,
+                         int index)
 {
+    call.caller.requireEdit(stored.projectId, stored.category);
     const PlanNodeRecord changed = changedPlanNode(stored, changes, call.caller.userId(), index);
     if (changed.category != stored.category) {
         call.caller.requireEdit(changed.projectId, changed.category);
     }
-    if (changed.document != stored.document) {
-        call.store.updatePlanNode(changed);
+    return changed;
+}
+
+QString idToChange(const PlanInput& input, const QJsonObject& changes, int index)
+{
+    const FieldReader in(nullptr, input.list, index, changes);
+    const QString id = in.text("_id");
+    if (id.isEmpty()) {
+        in.refuse("_id", QStringLiteral("missingValue"),
+                  QStringLiteral("'%1' has to name the node that changes").arg(in.pathOf("_id")));
     }
+    return id;
+}
+
+/// Changes some nodes, which are read and written together, from @p first on. @return how many. A node that
+/// is named again begins the next ones, as it changes by what it is after the first time.
+int changeSome(const Call& call, const PlanInput& input, int first)
+{
+    constexpr int together = 500;
+    QSet<QString> named;
+    QStringList ids;
+    QVector<QJsonObject> changes;
+    while (first + ids.size() < input.nodes.size() && ids.size() < together) {
+        const QJsonObject node = parsedNode(input, first + ids.size());
+        const QString id = idToChange(input, node, first + ids.size());
+        if (named.contains(id)) {
+            break;
+        }
+        named.insert(id);
+        ids.append(id);
+        changes.append(node);
+    }
+    const QHash<QString, PlanNodeRecord> stored = call.store.planNodes(ids);
+    QVector<PlanNodeRecord> changed;
+    for (int i = 0; i < ids.size(); ++i) {
+        const auto before = stored.constFind(ids.at(i));
+        if (before == stored.constEnd()) {
+            const FieldReader in(nullptr, input.list, first + i, QJsonObject());
+            throw noNodeToChange(ids.at(i), in.pathOf("_id"));
+        }
+        const PlanNodeRecord node = changedBy(call, *before, changes.at(i), first + i);
+        if (node.document != before->document) {
+            changed.append(node);
+        }
+    }
+    call.store.updatePlanNodes(changed);
+    return ids.size();
 }
 
 QStringList idsToDelete(const Call& call)
@@ -142,12 +182,19 @@ Reply putPlanNode(const Call& call)
     const QJsonObject changes = call.bodyObject(largestSingleNode);
     const QString id = call.parameter("planNodeId");
     Transaction transaction(call.store);
-    const PlanNodeRecord stored = nodeToChange(call, id, QStringLiteral("planNodeId"));
+    const std::optional<PlanNodeRecord> stored = call.store.planNode(id);
+    if (!stored) {
+        throw noNodeToChange(id, QStringLiteral("planNodeId"));
+    }
+    call.caller.requireEdit(stored->projectId, stored->category);
     const std::optional<Ownership> ownership = call.store.planNodeOwnership(id);
     if (ownership) {
         call.caller.requireRead(*ownership); // the reply shows it
     }
-    change(call, stored, changes, -1);
+    const PlanNodeRecord changed = changedBy(call, *stored, changes, -1);
+    if (changed.document != stored->document) {
+        call.store.updatePlanNode(changed);
+    }
     const JsonPieces json = call.store.planNodeJson(id, false);
     transaction.commit();
     return {200, json, {}, {}};
@@ -157,15 +204,8 @@ Reply putPlanNodes(const Call& call)
 {
     const PlanInput input = readNodeList(call.request.body);
     Transaction transaction(call.store);
-    for (int i = 0; i < input.nodes.size(); ++i) {
-        const QJsonObject changes = parsedNode(input, i);
-        const FieldReader in(nullptr, input.list, i, changes);
-        const QString id = in.text("_id");
-        if (id.isEmpty()) {
-            in.refuse("_id", QStringLiteral("missingValue"),
-                      QStringLiteral("'%1' has to name the node that changes").arg(in.pathOf("_id")));
-        }
-        change(call, nodeToChange(call, id, in.pathOf("_id")), changes, i);
+    for (int next = 0; next < input.nodes.size();) {
+        next += changeSome(call, input, next);
     }
     transaction.commit();
     JsonWriter json;

@@ -16,7 +16,7 @@ Reply planReply(const Call& call, const QString& id);
 /// What @p list gives or, with "only_count", {"count": what @p count gives}. Throws ApiError 400 for a search
 /// that takes too long.
 Reply listReply(const Call& call, const std::function<JsonPieces()>& list, const std::function<int()>& count);
-/// Inserts the node; an id that another node has, in whatever plan, is replaced by a new one.
-void insertNode(Store& store, PlanNodeRecord& node, NodeIds& ids);
+/// Inserts the nodes; an id that another node has, in whatever plan, is replaced by a new one.
+void insertNodes(Store& store, QVector<PlanNodeRecord>& nodes, NodeIds& ids);
 
 } // namespace PlanService

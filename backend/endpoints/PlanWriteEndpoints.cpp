@@ -49,13 +49,20 @@ void replaceNodes(const Call& call, const PlanRecord& plan, const PlanInput& inp
     QVector<PlanNodeRecord> nodes = readPlanNodes(input, plan, user, ids, find);
     requireCategories(call, plan, nodes, &Caller::requireEdit);
     QStringList kept;
+    QVector<PlanNodeRecord> added;
     for (PlanNodeRecord& node : nodes) {
         const auto before = stored.constFind(node.id);
         if (before == stored.constEnd()) {
-            insertNode(call.store, node, ids);
-        } else if (before.value() != node.document) {
+            added.append(std::move(node));
+            continue;
+        }
+        if (before.value() != node.document) {
             call.store.updatePlanNode(node);
         }
+        kept.append(node.id);
+    }
+    insertNodes(call.store, added, ids);
+    for (const PlanNodeRecord& node : qAsConst(added)) {
         kept.append(node.id);
     }
     call.store.keepPlanNodes(plan.id, kept);
@@ -86,10 +93,20 @@ QString freeName(Store& store, const PlanRecord& plan)
 
 } // namespace
 
-void insertNode(Store& store, PlanNodeRecord& node, NodeIds& ids)
+void insertNodes(Store& store, QVector<PlanNodeRecord>& nodes, NodeIds& ids)
 {
-    while (!store.addPlanNode(node)) {
-        giveId(node, ids.next());
+    constexpr int together = 1000;
+    for (int first = 0; first < nodes.size(); first += together) {
+        const int count = qMin(together, nodes.size() - first);
+        const QVector<int> refused = store.addPlanNodes(nodes, first, count);
+        for (const int place : refused) {
+            do {
+                giveId(nodes[place], ids.next());
+            } while (!store.addPlanNode(nodes.at(place)));
+        }
+        for (int i = first; i < first + count; ++i) {
+            nodes[i].document.clear(); // many documents at once are most of the memory
+        }
     }
 }
 
@@ -103,9 +120,7 @@ Reply postPlan(const Call& call)
     requireCategories(call, plan, nodes, &Caller::requireCreate);
     Transaction transaction(call.store);
     call.store.insertPlan(plan);
-    for (PlanNodeRecord& node : nodes) {
-        insertNode(call.store, node, ids);
-    }
+    insertNodes(call.store, nodes, ids);
     transaction.commit();
     return planReply(call, plan.id);
 }

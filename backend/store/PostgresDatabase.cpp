@@ -142,9 +142,12 @@ bool PostgresDatabase::isEmpty()
 
 int PostgresDatabase::schemaVersion()
 {
-    const QString table =
-        value(QStringLiteral("SELECT CAST(to_regclass('planserviceSchema') AS TEXT)")).toString();
-    return table.isEmpty() ? 0 : value(QStringLiteral("SELECT max(version) FROM planserviceSchema")).toInt();
+    // Looked up in the catalogue: a name that was not there once is remembered as missing for a while.
+    const bool there =
+        value(QStringLiteral("SELECT EXISTS (SELECT 1 FROM pg_catalog.pg_tables"
+                             " WHERE schemaname = current_schema() AND tablename = 'planserviceschema')"))
+            .toBool();
+    return there ? value(QStringLiteral("SELECT max(version) FROM planserviceSchema")).toInt() : 0;
 }
 
 void PostgresDatabase::beginMigration()

@@ -24,6 +24,7 @@ public:
     void setSchemaVersion(int version) override;
     QVariant text(const QByteArray& utf8) const override { return QString::fromUtf8(utf8); }
     bool knowsPatterns() const override { return false; }
+    int rowsAtOnce() const override { return 100; }
 
     /// True when there is no table yet in the place that new ones go to.
     bool isEmpty();

@@ -50,6 +50,9 @@ public:
     /// True when SQL has the function matches(pattern, text); otherwise patterns are looked for here.
     virtual bool knowsPatterns() const = 0;
 
+    /// How many rows one statement should insert where there are many.
+    virtual int rowsAtOnce() const = 0;
+
     /// How long a statement may look for patterns; 5 seconds unless told otherwise.
     int longestSearch() const { return m_longestSearch; }
     void setLongestSearch(int milliseconds) { m_longestSearch = milliseconds; }

@@ -4,6 +4,7 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QSet>
 
 namespace PlanService {
 
@@ -41,20 +42,65 @@ QVariantList parametersOf(const PlanNodeRecord& node, const SqlDatabase& databas
             node.id};
 }
 
+/// To be followed by what happens to rows that are there already.
+QString insertionOf(int count)
+{
+    const QString row = sql("(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, CAST(? AS TEXT), ?)");
+    return sql("INSERT INTO planNodes (planId, projectId, category, name, rowNumber, uniqueId, parentTaskId,"
+               " startDate, finishDate, actualStartDate, actualFinishDate, createdAt, updatedAt, createdBy,"
+               " people, document, id) VALUES ") +
+           row + (QLatin1String(", ") + row).repeated(count - 1) + sql(" ON CONFLICT (id) DO ");
+}
+
 } // namespace
 
 bool SqlStore::addPlanNode(const PlanNodeRecord& node)
 {
     QSqlQuery& insertion =
-        m_database->run(sql("INSERT INTO planNodes (planId, projectId, category, name, rowNumber, uniqueId,"
-                            " parentTaskId, startDate, finishDate, actualStartDate, actualFinishDate,"
-                            " createdAt, updatedAt, createdBy, people, document, id)"
-                            " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, CAST(? AS TEXT), ?)"
-                            " ON CONFLICT(id) DO NOTHING"),
-                        parametersOf(node, *m_database));
+        m_database->run(insertionOf(1) + QLatin1String("NOTHING"), parametersOf(node, *m_database));
     const bool added = insertion.numRowsAffected() > 0;
     insertion.finish();
     return added;
+}
+
+QVector<int> SqlStore::addPlanNodes(const QVector<PlanNodeRecord>& nodes, int first, int count)
+{
+    const int atOnce = m_database->rowsAtOnce();
+    const int end = first + count;
+    QVector<int> refused;
+    int next = first;
+    for (; atOnce > 1 && next + atOnce <= end; next += atOnce) {
+        refused += addTogether(nodes, next, atOnce);
+    }
+    // Statements of other lengths would each be prepared for once.
+    for (; next < end; ++next) {
+        if (!addPlanNode(nodes.at(next))) {
+            refused.append(next);
+        }
+    }
+    return refused;
+}
+
+QVector<int> SqlStore::addTogether(const QVector<PlanNodeRecord>& nodes, int first, int count)
+{
+    QVariantList parameters;
+    for (int i = first; i < first + count; ++i) {
+        parameters += parametersOf(nodes.at(i), *m_database);
+    }
+    QSqlQuery& rows = m_database->run(insertionOf(count) + QLatin1String("NOTHING RETURNING id"), parameters);
+    QSet<QString> added;
+    while (m_database->next(rows)) {
+        added.insert(rows.value(0).toString());
+    }
+    rows.finish();
+    QVector<int> refused;
+    for (int i = first; i < first + count; ++i) {
+        // An id that stands twice among the nodes was added once.
+        if (!added.remove(nodes.at(i).id)) {
+            refused.append(i);
+        }
+    }
+    return refused;
 }
 
 void SqlStore::insertPlanNode(const PlanNodeRecord& node)
@@ -83,6 +129,31 @@ void SqlStore::updatePlanNode(const PlanNodeRecord& node)
                   " WHERE id = ?"),
               parametersOf(node, *m_database))
         .finish();
+}
+
+void SqlStore::updatePlanNodes(const QVector<PlanNodeRecord>& nodes)
+{
+    // The row that is there stands for the conflict: many rows are changed by one statement so.
+    static const QString change =
+        sql("UPDATE SET planId = excluded.planId, projectId = excluded.projectId,"
+            " category = excluded.category, name = excluded.name, rowNumber = excluded.rowNumber,"
+            " uniqueId = excluded.uniqueId, parentTaskId = excluded.parentTaskId,"
+            " startDate = excluded.startDate, finishDate = excluded.finishDate,"
+            " actualStartDate = excluded.actualStartDate, actualFinishDate = excluded.actualFinishDate,"
+            " createdAt = excluded.createdAt, updatedAt = excluded.updatedAt,"
+            " createdBy = excluded.createdBy, people = excluded.people, document = excluded.document");
+    const int atOnce = m_database->rowsAtOnce();
+    int next = 0;
+    for (; atOnce > 1 && next + atOnce <= nodes.size(); next += atOnce) {
+        QVariantList parameters;
+        for (int i = next; i < next + atOnce; ++i) {
+            parameters += parametersOf(nodes.at(i), *m_database);
+        }
+        m_database->run(insertionOf(atOnce) + change, parameters).finish();
+    }
+    for (; next < nodes.size(); ++next) {
+        updatePlanNode(nodes.at(next));
+    }
 }
 
 void SqlStore::moveNodes(const QString& planId, const QString& fromCategory, const QString& toCategory)

@@ -3,6 +3,9 @@
 #include "PlanNodeJsonSql.h"
 #include "SqlStore.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+
 namespace PlanService {
 
 namespace {
@@ -10,6 +13,28 @@ namespace {
 QString sql(const char* text)
 {
     return QString::fromLatin1(text);
+}
+
+/// What a change of a node needs of it; see changeableNode().
+QString changeableNodes()
+{
+    return sql("SELECT id, planId, projectId, category, rowNumber, createdAt, createdBy, updatedAt,"
+               " CAST(document AS {bytes}) FROM planNodes");
+}
+
+PlanNodeRecord changeableNode(const QSqlQuery& row)
+{
+    PlanNodeRecord node;
+    node.id = row.value(0).toString();
+    node.planId = row.value(1).toString();
+    node.projectId = row.value(2).toString();
+    node.category = row.value(3).toString();
+    node.rowNumber = row.value(4).toInt();
+    node.createdAt = row.value(5).toString();
+    node.createdBy = row.value(6).toString();
+    node.updatedAt = row.value(7).toString();
+    node.document = row.value(8).toByteArray();
+    return node;
 }
 
 } // namespace
@@ -42,26 +67,30 @@ JsonPieces SqlStore::planNodeJson(const QString& planNodeId, bool withDocuments)
 
 std::optional<PlanNodeRecord> SqlStore::planNode(const QString& planNodeId)
 {
-    QSqlQuery& row = m_database->run(sql("SELECT planId, projectId, category, rowNumber, createdAt,"
-                                         " createdBy, updatedAt, CAST(document AS {bytes})"
-                                         " FROM planNodes WHERE id = ?") +
-                                         changedByUs(),
-                                     {planNodeId});
+    QSqlQuery& row = m_database->run(changeableNodes() + sql(" WHERE id = ?") + changedByUs(), {planNodeId});
     std::optional<PlanNodeRecord> node;
     if (row.next()) {
-        node = PlanNodeRecord();
-        node->id = planNodeId;
-        node->planId = row.value(0).toString();
-        node->projectId = row.value(1).toString();
-        node->category = row.value(2).toString();
-        node->rowNumber = row.value(3).toInt();
-        node->createdAt = row.value(4).toString();
-        node->createdBy = row.value(5).toString();
-        node->updatedAt = row.value(6).toString();
-        node->document = row.value(7).toByteArray();
+        node = changeableNode(row);
     }
     row.finish();
     return node;
+}
+
+QHash<QString, PlanNodeRecord> SqlStore::planNodes(const QStringList& ids)
+{
+    const QByteArray list = QJsonDocument(QJsonArray::fromStringList(ids)).toJson(QJsonDocument::Compact);
+    QSqlQuery& rows = m_database->run(
+        changeableNodes() + sql(" WHERE id IN (SELECT value FROM {elements}(CAST(? AS {json})))") +
+            changedByUs(),
+        {m_database->text(list)});
+    QHash<QString, PlanNodeRecord> nodes;
+    nodes.reserve(ids.size());
+    while (m_database->next(rows)) {
+        const PlanNodeRecord node = changeableNode(rows);
+        nodes.insert(node.id, node);
+    }
+    rows.finish();
+    return nodes;
 }
 
 int SqlStore::lastRow(const QString& projectId, const QString& planId)

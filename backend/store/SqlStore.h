@@ -26,6 +26,7 @@ public:
     std::optional<Ownership> planNodeOwnership(const QString& planNodeId) override;
     JsonPieces planNodeJson(const QString& planNodeId, bool withDocuments) override;
     std::optional<PlanNodeRecord> planNode(const QString& planNodeId) override;
+    QHash<QString, PlanNodeRecord> planNodes(const QStringList& ids) override;
     JsonPieces planNodesJson(const QStringList& ids) override;
     JsonPieces planNodeListJson(const PlanNodeQuery& query) override;
     int planNodeListCount(const PlanNodeQuery& query) override;
@@ -59,10 +60,12 @@ public:
     void insertPlan(const PlanRecord& plan) override;
     void insertPlanNode(const PlanNodeRecord& node) override;
     bool addPlanNode(const PlanNodeRecord& node) override;
+    QVector<int> addPlanNodes(const QVector<PlanNodeRecord>& nodes, int first, int count) override;
     void insertDocument(const DocumentRecord& document) override;
     void updatePlan(const PlanRecord& plan) override;
     void moveNodes(const QString& planId, const QString& fromCategory, const QString& toCategory) override;
     void updatePlanNode(const PlanNodeRecord& node) override;
+    void updatePlanNodes(const QVector<PlanNodeRecord>& nodes) override;
     void keepPlanNodes(const QString& planId, const QStringList& ids) override;
     bool removePlanNode(const QString& planNodeId) override;
     void copyPlanNodes(const QString& fromPlanId, const PlanRecord& plan, const QString& idPrefix) override;
@@ -73,6 +76,8 @@ public:
     void rollback() noexcept override;
 
 private:
+    /// Rows of one statement. @return the places as addPlanNodes().
+    QVector<int> addTogether(const QVector<PlanNodeRecord>& nodes, int first, int count);
     void appendNodes(const QString& planId, JsonPieces& pieces);
     template<typename Query, typename Answer>
     auto searched(const Query& query, SqlStatement (*rows)(const QString&, const Query&),

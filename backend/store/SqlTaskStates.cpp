@@ -55,8 +55,11 @@ JsonPieces SqlStore::taskStateListJson(const TaskStateQuery& query)
 {
     return searched(query, stateRowsSql, [this](const TaskStateQuery& found) {
         SqlStatement statement =
-            stateRowsSql(QStringLiteral("CAST({object}('_id', id, 'planId', planId, 'taskId', taskId,"
-                                        " 'responseId', responseId, 'state', state) AS {bytes})"),
+            stateRowsSql(QStringLiteral("CAST('{\"_id\":' || CAST({quote}(id) AS TEXT)"
+                                        " || ',\"planId\":' || CAST({quote}(planId) AS TEXT)"
+                                        " || ',\"taskId\":' || CAST({quote}(taskId) AS TEXT)"
+                                        " || ',\"responseId\":' || CAST({quote}(responseId) AS TEXT)"
+                                        " || ',\"state\":' || state || '}' AS {bytes})"),
                          found);
         statement.text += QLatin1String(" ORDER BY number");
         return statementJson(statement);

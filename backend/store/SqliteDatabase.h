@@ -31,6 +31,7 @@ public:
     void setSchemaVersion(int version) override;
     QVariant text(const QByteArray& utf8) const override { return utf8; }
     bool knowsPatterns() const override { return true; }
+    int rowsAtOnce() const override { return 1; } // a call within the process is no way to go
 
 private:
     void prepareForStatement() override { m_patterns.restart(longestSearch()); }

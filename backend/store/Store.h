@@ -6,6 +6,7 @@
 #include "Visibility.h"
 
 #include <QByteArray>
+#include <QHash>
 #include <QList>
 #include <QMap>
 #include <QString>
@@ -252,6 +253,8 @@ public:
     /// The node as far as a change of it needs: id, plan, project, category, row, stamps, document.
     /// @return nothing when there is no such node.
     virtual std::optional<PlanNodeRecord> planNode(const QString& planNodeId) = 0;
+    /// The same for many nodes, by id; those that are not there are left out.
+    virtual QHash<QString, PlanNodeRecord> planNodes(const QStringList& ids) = 0;
 
     /// How many nodes there are by state and situation; those that no node is in are left out.
     /// @param today yyyy-MM-dd of the site's clock.
@@ -301,6 +304,9 @@ public:
     virtual void insertPlanNode(const PlanNodeRecord& node) = 0;
     /// The same, unless another node has the id. @return false then, and nothing is inserted.
     virtual bool addPlanNode(const PlanNodeRecord& node) = 0;
+    /// The same for some of many nodes, in as few steps as the database allows. @return the places of those
+    /// whose id another node has, and which were not inserted.
+    virtual QVector<int> addPlanNodes(const QVector<PlanNodeRecord>& nodes, int first, int count) = 0;
     virtual void insertDocument(const DocumentRecord& document) = 0;
 
     /// Writes every field of the plan that has this id.
@@ -309,6 +315,8 @@ public:
     virtual void moveNodes(const QString& planId, const QString& fromCategory, const QString& toCategory) = 0;
     /// Writes every field of the node that has this id.
     virtual void updatePlanNode(const PlanNodeRecord& node) = 0;
+    /// The same for nodes with an id each of its own.
+    virtual void updatePlanNodes(const QVector<PlanNodeRecord>& nodes) = 0;
     /// Removes the plan's nodes whose ids are not among @p ids.
     virtual void keepPlanNodes(const QString& planId, const QStringList& ids) = 0;
     /// @return false when there is no such node.

@@ -6,7 +6,7 @@ namespace KvTest {
 
 namespace {
 
-constexpr int waitMs = 30000 * KV_PATIENCE;
+constexpr int waitMs = 100000 * KV_PATIENCE;
 
 }
 

@@ -70,7 +70,7 @@ QString FreshDatabase::name()
         }
         m_made = name;
     }
-    return server() + QStringLiteral("postgres?options=-csearch_path%3D") + m_made;
+    return server() + QStringLiteral("postgres?application_name=%1&options=-csearch_path%3D%1").arg(m_made);
 }
 
 } // namespace KvTest
