@@ -27,7 +27,11 @@ private:
         QProcess process;
         process.start("pg_ctlcluster"_s,
                       QStringList{qEnvironmentVariable("PGVERSION"), "regress"_s} + action);
-        return process.waitForFinished(60000) && process.exitCode() == 0;
+        const bool done = process.waitForFinished(60000) && process.exitCode() == 0;
+        if (!done) {
+            qWarning("pg_ctlcluster: %s", process.readAllStandardError().constData());
+        }
+        return done;
     }
 
     /// Every worker has found the server again.
