@@ -89,6 +89,7 @@ HTTP, with tokens and rights. Its systemd unit is neither enabled nor started
 on installation.")
     set(CPACK_DEBIAN_PLANSERVICE_PACKAGE_DEPENDS "libqt5sql5-sqlite, passwd, procps")
     set(CPACK_DEBIAN_PLANSERVICE_PACKAGE_RECOMMENDS "libqt5sql5-psql")
+    set(CPACK_DEBIAN_PLANSERVICE_PACKAGE_SUGGESTS "postgresql-client") # for backups of such databases
     set(CPACK_DEBIAN_PLANSERVICE_PACKAGE_CONTROL_EXTRA
         "${PROJECT_SOURCE_DIR}/packaging/debian/postinst;${PROJECT_SOURCE_DIR}/packaging/debian/prerm")
     set(CPACK_DEBIAN_PLANSERVICE_PACKAGE_CONTROL_STRICT_PERMISSION ON)
