@@ -137,6 +137,88 @@
     </message>
 </context>
 <context>
+    <name>FrameExport</name>
+    <message>
+        <source>the picture %1 could not be drawn; try again with a smaller one</source>
+        <translation>无法绘制图片 %1；请用较小的尺寸重试</translation>
+    </message>
+    <message>
+        <source>the picture %1 cannot be written: %2</source>
+        <translation>无法写入图片 %1：%2</translation>
+    </message>
+    <message>
+        <source>the plan has no dates, so there is nothing to play</source>
+        <translation>计划没有日期，无可播放</translation>
+    </message>
+    <message>
+        <source>a picture has sides from %1 to %2 pixels</source>
+        <translation>图片边长为 %1 到 %2 像素</translation>
+    </message>
+    <message>
+        <source>frames and days in a second have to be more than 0</source>
+        <translation>每秒帧数和天数必须大于 0</translation>
+    </message>
+    <message>
+        <source>there would be more than %1 frames; play faster, or with fewer frames in a second</source>
+        <translation>将超过 %1 帧；请加快播放，或减少每秒帧数</translation>
+    </message>
+    <message>
+        <source>the folder %1 cannot be made; choose another one</source>
+        <translation>无法创建文件夹 %1；请另选</translation>
+    </message>
+</context>
+<context>
+    <name>FrameExportDialog</name>
+    <message>
+        <source>&amp;Write</source>
+        <translation>写入(&amp;W)</translation>
+    </message>
+    <message>
+        <source>Export frames</source>
+        <translation>导出帧</translation>
+    </message>
+    <message>
+        <source>C&amp;hoose…</source>
+        <translation>选择(&amp;H)…</translation>
+    </message>
+    <message>
+        <source>&amp;Folder</source>
+        <translation>文件夹(&amp;F)</translation>
+    </message>
+    <message>
+        <source>&amp;Size</source>
+        <translation>尺寸(&amp;S)</translation>
+    </message>
+    <message>
+        <source>Frames in a &amp;second</source>
+        <translation>每秒帧数(&amp;S)</translation>
+    </message>
+    <message>
+        <source>&amp;Cancel</source>
+        <translation>取消(&amp;C)</translation>
+    </message>
+    <message>
+        <source>Folder of the frames</source>
+        <translation>帧的文件夹</translation>
+    </message>
+    <message>
+        <source>%1 frames, %2 days of the schedule in a second</source>
+        <translation>%1 帧，每秒 %2 天</translation>
+    </message>
+    <message>
+        <source>%1 of these frames are in the folder already.</source>
+        <translation>文件夹中已有其中 %1 帧。</translation>
+    </message>
+    <message>
+        <source>&amp;Write over them</source>
+        <translation>覆盖(&amp;W)</translation>
+    </message>
+    <message>
+        <source>&amp;Keep them</source>
+        <translation>保留(&amp;K)</translation>
+    </message>
+</context>
+<context>
     <name>GanttChart</name>
     <message>
         <source>Gantt chart</source>
@@ -453,6 +535,62 @@
         <source>The plan &quot;%1&quot; has changes that the service has not kept yet. They can be saved once it has answered what it is being asked now.</source>
         <translation>计划“%1”有服务尚未保存的修改。等服务答复当前的请求后才能保存。</translation>
     </message>
+    <message>
+        <source>Open a model first.</source>
+        <translation>请先打开模型。</translation>
+    </message>
+    <message>
+        <source>Simulation</source>
+        <translation>模拟</translation>
+    </message>
+    <message>
+        <source>&amp;Simulation</source>
+        <translation>模拟(&amp;S)</translation>
+    </message>
+    <message>
+        <source>&amp;Show the simulation</source>
+        <translation>显示模拟(&amp;S)</translation>
+    </message>
+    <message>
+        <source>&amp;Open a model…</source>
+        <translation>打开模型(&amp;O)…</translation>
+    </message>
+    <message>
+        <source>&amp;Play or pause</source>
+        <translation>播放或暂停(&amp;P)</translation>
+    </message>
+    <message>
+        <source>&amp;Whole building</source>
+        <translation>整栋建筑(&amp;W)</translation>
+    </message>
+    <message>
+        <source>Export a p&amp;icture…</source>
+        <translation>导出图片(&amp;I)…</translation>
+    </message>
+    <message>
+        <source>Export &amp;frames…</source>
+        <translation>导出帧(&amp;F)…</translation>
+    </message>
+    <message>
+        <source>Open a model</source>
+        <translation>打开模型</translation>
+    </message>
+    <message>
+        <source>Export a picture of the simulation</source>
+        <translation>导出模拟图片</translation>
+    </message>
+    <message>
+        <source>Picture (*.png *.jpg)</source>
+        <translation>图片 (*.png *.jpg)</translation>
+    </message>
+    <message>
+        <source>%1 frames written.</source>
+        <translation>已写入 %1 帧。</translation>
+    </message>
+    <message>
+        <source>Canceled after %1 frames.</source>
+        <translation>写入 %1 帧后取消。</translation>
+    </message>
 </context>
 <context>
     <name>ModelFile</name>
@@ -518,6 +656,17 @@
     <message>
         <source>reading the model file %1 broke off; try again with fewer programs running</source>
         <translation>读取模型文件 %1 中断；请关闭一些程序后重试</translation>
+    </message>
+</context>
+<context>
+    <name>PictureMaker</name>
+    <message>
+        <source>Planned</source>
+        <translation>计划</translation>
+    </message>
+    <message>
+        <source>Actual</source>
+        <translation>实际</translation>
     </message>
 </context>
 <context>
@@ -1086,6 +1235,69 @@
     <message>
         <source>Some of the plan cannot be seen in the model.</source>
         <translation>计划中有一部分在模型中看不到。</translation>
+    </message>
+</context>
+<context>
+    <name>SimulationPage</name>
+    <message>
+        <source>&amp;Cancel</source>
+        <translation>取消(&amp;C)</translation>
+    </message>
+    <message>
+        <source>Planned</source>
+        <translation>计划</translation>
+    </message>
+    <message>
+        <source>Actual</source>
+        <translation>实际</translation>
+    </message>
+    <message>
+        <source>Settings</source>
+        <translation>设置</translation>
+    </message>
+    <message>
+        <source>Floors</source>
+        <translation>楼层</translation>
+    </message>
+    <message>
+        <source>Gaps</source>
+        <translation>缺失</translation>
+    </message>
+    <message>
+        <source>Reading the model was canceled.</source>
+        <translation>已取消读取模型。</translation>
+    </message>
+    <message>
+        <source>Reading the model</source>
+        <translation>正在读取模型</translation>
+    </message>
+    <message>
+        <source>Open a plan first.</source>
+        <translation>请先打开一个计划。</translation>
+    </message>
+    <message>
+        <source>Choose the file with the model of the building: Simulation, Open a model…</source>
+        <translation>请选择建筑模型文件：“模拟”菜单，“打开模型…”</translation>
+    </message>
+    <message>
+        <source>Reading the model %1 …</source>
+        <translation>正在读取模型 %1 …</translation>
+    </message>
+    <message>
+        <source>no task names an element of this model; is it the model of another building?</source>
+        <translation>没有任务关联此模型的构件；这是另一栋建筑的模型吗？</translation>
+    </message>
+    <message>
+        <source>Model read: %1 elements, %2 of them named by tasks.</source>
+        <translation>模型已读取：%1 个构件，其中 %2 个被任务关联。</translation>
+    </message>
+    <message>
+        <source>Element %1: no task names it.</source>
+        <translation>构件 %1：没有任务关联它。</translation>
+    </message>
+    <message>
+        <source>Element %1</source>
+        <translation>构件 %1</translation>
     </message>
 </context>
 <context>

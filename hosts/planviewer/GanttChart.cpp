@@ -43,6 +43,14 @@ GanttChart::GanttChart(QTreeView* tree, TaskModel* model, GanttRows* rows, QWidg
                                  : TaskText::toolTip(m_model->tasks().at(position).node, m_model->today()));
                 viewport()->update();
             });
+    connect(tree->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        QSet<int> selected;
+        const QModelIndexList rowsOfTree = m_tree->selectionModel()->selectedRows();
+        for (const QModelIndex& row : rowsOfTree)
+            selected.insert(m_model->positionOf(row));
+        m_painter.setSelected(selected);
+        viewport()->update();
+    });
     tasksChanged();
 }
 
@@ -86,6 +94,12 @@ void GanttChart::tasksChanged()
 void GanttChart::setColouring(GanttPainter::Colouring colouring)
 {
     m_painter.setColouring(colouring);
+    viewport()->update();
+}
+
+void GanttChart::setMarkedDate(const QDateTime& date)
+{
+    m_painter.setMarkedDate(date);
     viewport()->update();
 }
 

@@ -23,6 +23,8 @@ public:
 
     void setColouring(GanttPainter::Colouring colouring);
     void setNow(const QDateTime& now);
+    /// Another date for the line to mark; null for now again.
+    void setMarkedDate(const QDateTime& date);
 
     void zoomIn() { zoomTo(m_scale.step() - 1, viewport()->width() / 2); }
     void zoomOut() { zoomTo(m_scale.step() + 1, viewport()->width() / 2); }

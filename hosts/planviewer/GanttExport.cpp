@@ -240,11 +240,14 @@ QString exportGantt(const PlanPage& page, const QString& path)
         return file.errorString();
     GanttPainter& painter = page.chart()->painter();
     const int current = page.model()->positionOf(page.tree()->currentIndex());
+    const QSet<int> selected = painter.selected();
+    painter.setSelected({});
     painter.setCurrent(TaskList::none); // a mark on the screen is none on paper
     const bool isPainted = kind == QLatin1String("png")   ? paintPicture(sheet, file)
                            : kind == QLatin1String("svg") ? paintDrawing(sheet, file)
                                                           : paintDocument(sheet, file);
     painter.setCurrent(current);
+    painter.setSelected(selected);
     if (!isPainted)
         return say(
             QT_TRANSLATE_NOOP("GanttExport", "The picture could not be painted; it may be too large."));

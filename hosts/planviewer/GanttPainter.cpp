@@ -109,7 +109,7 @@ void GanttPainter::paintBody(QPainter* painter, const QRectF& exposed, const QPa
     paintRows(painter, exposed, palette, first, last);
     paintLinks(painter, exposed, palette, first, last);
     painter->setPen(QPen(QColor(0xd0, 0x30, 0x30), 1.5));
-    const double today = m_scale->xOf(m_now);
+    const double today = m_scale->xOf(m_marked.isValid() ? m_marked : m_now);
     painter->drawLine(QPointF(today, exposed.top()), QPointF(today, exposed.bottom()));
     for (int row = first; row <= last; ++row)
         paintItem(painter, m_rows->positionAt(row), palette, font);
@@ -130,7 +130,8 @@ void GanttPainter::paintRows(QPainter* painter, const QRectF& exposed, const QPa
     QColor marked = palette.color(QPalette::Highlight);
     marked.setAlphaF(0.22);
     for (int row = first; row <= last; ++row) {
-        if (m_rows->positionAt(row) == m_current)
+        const int position = m_rows->positionAt(row);
+        if (position == m_current || m_selected.contains(position))
             painter->fillRect(QRectF(exposed.left(), row * m_rowHeight, exposed.width(), m_rowHeight),
                               marked);
         const double bottom = (row + 1) * m_rowHeight - 0.5;

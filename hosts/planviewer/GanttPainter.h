@@ -35,8 +35,14 @@ public:
     void setStateColours(const QList<QColor>& colours) { m_stateColours = colours; }
     /// The moment of the vertical line.
     void setNow(const QDateTime& now) { m_now = now; }
+    void setMarkedDate(const QDateTime& date) { m_marked = date; }
+    /// Null while the line marks now.
+    const QDateTime& markedDate() const { return m_marked; }
     /// The task whose row is marked; -1: none.
     void setCurrent(int position) { m_current = position; }
+    /// Tasks whose rows are marked beside it.
+    void setSelected(const QSet<int>& positions) { m_selected = positions; }
+    const QSet<int>& selected() const { return m_selected; }
 
     /// @p exposed in pixels of the whole chart, whose origin is the painter's.
     void paintBody(QPainter* painter, const QRectF& exposed, const QPalette& palette, const QFont& font);
@@ -61,9 +67,11 @@ private:
     GanttScale* m_scale;
     KGantt::ItemDelegate m_delegate;
     QDateTime m_now;
+    QDateTime m_marked; // by the line, instead of now
     QColor m_planColour;
     QList<QColor> m_stateColours;
     Colouring m_colouring = Colouring::ByState;
     int m_rowHeight = 26;
     int m_current = -1;
+    QSet<int> m_selected;
 };

@@ -7,6 +7,7 @@
 #include "PlanActions.h"
 #include "PlanListPanel.h"
 #include "PlanPage.h"
+#include "SimulationPage.h"
 #include "StatisticsPage.h"
 
 #include <QtGui/QCloseEvent>
@@ -34,6 +35,7 @@ MainWindow::MainWindow(PlanClient* client, QWidget* parent)
     , m_list(new PlanListPanel(client))
     , m_page(new PlanPage(client))
     , m_statistics(new StatisticsPage(client))
+    , m_simulation(new SimulationPage(m_page))
     , m_tabs(new QTabWidget)
     , m_planActions(new PlanActions(client, m_list, this))
     , m_search(new QLineEdit)
@@ -53,6 +55,7 @@ MainWindow::MainWindow(PlanClient* client, QWidget* parent)
     buildEditMenu();
     buildViewMenu();
     menuBar()->actions().last()->menu()->addAction(dock->toggleViewAction());
+    buildSimulationMenu();
     buildToolBar();
     buildStatusBar();
     resizeDocks({dock}, {270}, Qt::Horizontal);
@@ -67,6 +70,9 @@ MainWindow::MainWindow(PlanClient* client, QWidget* parent)
     connect(m_page, &PlanPage::currentTaskChanged, this, &MainWindow::updateActions);
     connect(m_page, &PlanPage::told, this,
             [this](const QString& text) { statusBar()->showMessage(text, 8000); });
+    connect(m_simulation, &SimulationPage::told, this,
+            [this](const QString& text) { statusBar()->showMessage(text, 8000); });
+    connect(m_simulation, &SimulationPage::changed, this, &MainWindow::updateActions);
     connect(m_planActions, &PlanActions::told, this,
             [this](const QString& text) { statusBar()->showMessage(text, 8000); });
     connect(m_planActions, &PlanActions::planMade, this, &MainWindow::openPlan);
@@ -87,7 +93,11 @@ MainWindow::MainWindow(PlanClient* client, QWidget* parent)
     updateTitle();
 }
 
-MainWindow::~MainWindow() = default;
+// Before the windows that its scene draws on.
+MainWindow::~MainWindow()
+{
+    delete m_simulation;
+}
 
 QAction* MainWindow::add(QMenu* menu, const char* name, const QString& text, const QKeySequence& keys,
                          const std::function<void()>& run)
@@ -175,6 +185,9 @@ void MainWindow::updateActions()
           hasPlan ? tr("You may not export plans of this category.") : noPlan);
     for (QAction* const action : qAsConst(m_planViews))
         allow(action, hasPlan, noPlan);
+    allow(m_model, hasPlan, noPlan);
+    for (QAction* const action : qAsConst(m_buildingViews))
+        allow(action, m_simulation->hasModel(), hasPlan ? tr("Open a model first.") : noPlan);
 }
 
 bool MainWindow::leaveEdits()

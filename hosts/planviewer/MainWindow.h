@@ -16,6 +16,8 @@ class QLabel;
 class QLineEdit;
 class QProgressBar;
 class QTabWidget;
+class QDockWidget;
+class SimulationPage;
 class StatisticsPage;
 
 /// The program's window: plans at the left, the open plan and the statistics beside them.
@@ -35,6 +37,9 @@ public:
     PlanClient* client() const { return m_client; }
     PlanListPanel* planList() const { return m_list; }
     PlanPage* planPage() const { return m_page; }
+    SimulationPage* simulationPage() const { return m_simulation; }
+    /// Opens the simulation beside the plan.
+    void showSimulation();
     StatisticsPage* statisticsPage() const { return m_statistics; }
     /// The tabs of the open plan and the statistics.
     QTabWidget* tabs() const { return m_tabs; }
@@ -46,6 +51,7 @@ private:
     void buildPlanMenu();
     void buildEditMenu();
     void buildViewMenu();
+    void buildSimulationMenu();
     void buildToolBar();
     void buildStatusBar();
     QAction* add(QMenu* menu, const char* name, const QString& text, const QKeySequence& keys,
@@ -56,12 +62,17 @@ private:
     bool leaveEdits();
     bool leaveEditsWhileBusy();
     void exportPicture();
+    void openModel();
+    void exportSimulationPicture();
+    void exportFrames();
     void search();
 
     PlanClient* m_client;
     PlanListPanel* m_list;
     PlanPage* m_page;
     StatisticsPage* m_statistics;
+    SimulationPage* m_simulation;
+    QDockWidget* m_simulationDock = nullptr;
     QTabWidget* m_tabs;
     PlanActions* m_planActions;
     QLineEdit* m_search;
@@ -73,6 +84,8 @@ private:
     QAction* m_addSubtask = nullptr;
     QAction* m_report = nullptr;
     QAction* m_picture = nullptr;
-    QList<QAction*> m_planViews; // that need an open plan
-    bool m_isAsking = false;     // during a request, about edits
+    QAction* m_model = nullptr;
+    QList<QAction*> m_buildingViews; // that need a model
+    QList<QAction*> m_planViews;     // that need an open plan
+    bool m_isAsking = false;         // during a request, about edits
 };

@@ -47,6 +47,7 @@ PlanPage::PlanPage(PlanClient* client, QWidget* parent)
     m_tree->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     m_tree->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // the chart has one for both
     m_tree->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
+    m_tree->setSelectionMode(QAbstractItemView::ExtendedSelection);
     m_tree->setModel(m_model);
     // The chart's header beside it has two lines.
     m_tree->header()->setFixedHeight(2 * m_tree->fontMetrics().height() + 14);
@@ -375,6 +376,39 @@ void PlanPage::setNow(const QDateTime& now)
     m_model->setToday(now.date());
     m_chart->setNow(now);
     showDetails();
+}
+
+void PlanPage::setPlaybackDate(const QDateTime& date)
+{
+    m_chart->setMarkedDate(date);
+}
+
+void PlanPage::selectTasks(const QVector<int>& positions)
+{
+    QItemSelectionModel& selection = *m_tree->selectionModel();
+    if (positions.isEmpty()) {
+        selection.clear();
+        return;
+    }
+    QItemSelection tasks;
+    for (const int position : positions) {
+        const QModelIndex index = m_model->indexOf(position);
+        tasks.select(index, index);
+    }
+    const QModelIndex first = m_model->indexOf(positions.first());
+    selection.setCurrentIndex(first, QItemSelectionModel::NoUpdate);
+    selection.select(tasks, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    m_tree->scrollTo(first);
+    m_chart->showTask(positions.first());
+}
+
+QVector<int> PlanPage::selectedTasks() const
+{
+    QVector<int> positions;
+    const QModelIndexList rows = m_tree->selectionModel()->selectedRows();
+    for (const QModelIndex& row : rows)
+        positions.append(m_model->positionOf(row));
+    return positions;
 }
 
 void PlanPage::setColouring(GanttPainter::Colouring colouring)

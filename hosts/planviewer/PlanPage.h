@@ -56,12 +56,19 @@ public:
     void collapseAll();
     /// The day that states are told for and that the line marks.
     void setNow(const QDateTime& now);
+    /// The date of the simulation, which the chart's line marks instead of the day above; that day again for
+    /// a null one.
+    void setPlaybackDate(const QDateTime& date);
     void setColouring(GanttPainter::Colouring colouring);
     void setEditable(bool isEditable, const QString& reason);
     bool hasCurrentTask() const;
     /// Empty when there is none, and for a task that is not saved yet.
     QString currentTaskId() const;
     void setPlanName(const QString& name);
+    /// Selects tasks by their positions, the first of them being the current one, and shows it; none
+    /// deselects.
+    void selectTasks(const QVector<int>& positions);
+    QVector<int> selectedTasks() const;
 
     TaskModel* model() const { return m_model; }
     QTreeView* tree() const { return m_tree; }

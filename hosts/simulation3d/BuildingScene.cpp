@@ -33,6 +33,9 @@
 #include <Qt3DRender/QTechnique>
 #include <Qt3DRender/QViewport>
 
+#include <QtCore/QCoreApplication>
+#include <QtCore/QTimer>
+
 using namespace Qt3DRender;
 
 namespace {
@@ -223,10 +226,14 @@ BuildingScene::BuildingScene(QObject* surface, const QSize& pictureSize, QObject
     p.engine.registerAspect(new QRenderAspect);
     p.engine.registerAspect(new Qt3DLogic::QLogicAspect);
     p.engine.setRootEntity(Qt3DCore::QEntityPtr(p.root));
+    QTimer::singleShot(0, this, [this] { m_isSettled = true; });
 }
 
 BuildingScene::~BuildingScene()
 {
+    // Qt 3D has asked itself to make a surface for its end, in an event that would be handled after it.
+    if (!m_isSettled)
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
     m_parts->engine.setRootEntity({});
 }
 

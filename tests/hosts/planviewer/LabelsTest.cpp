@@ -34,7 +34,8 @@ namespace {
 
 bool isForeign(QString text)
 {
-    // Names that are the same in every language.
+    // Names that are the same in every language, and colours.
+    text.remove(QRegularExpression(QStringLiteral("^#[0-9a-f]{8}$")));
     for (const char* const name : {"English", "JSON", "PNG", "SVG", "PDF", "KV_BASE_API", "KV_ACCESS_TOKEN"})
         text.remove(QLatin1String(name));
     return text.contains(QRegularExpression(QStringLiteral("[A-Za-z]{3}")));
