@@ -1,5 +1,6 @@
 #include "SimulationPage.h"
 
+#include "GanttChart.h"
 #include "PlanPage.h"
 #include "TaskModel.h"
 
@@ -128,7 +129,12 @@ SimulationPage::SimulationPage(PlanPage* page, QWidget* parent)
             m_playback->setPeriod(simulatedPeriod(planPeriod(nodes()), m_settings.set()));
         repaintBuilding();
     });
-    connect(&m_settings, &SimulationSettings::coloursChanged, this, &SimulationPage::repaintBuilding);
+    connect(&m_settings, &SimulationSettings::coloursChanged, this, [this] {
+        // The bars of the chart have the same.
+        m_page->chart()->painter().setStateColours(m_settings.colours());
+        m_page->chart()->viewport()->update();
+        repaintBuilding();
+    });
     connect(&m_settings, &SimulationSettings::floorHeightsChanged, this, &SimulationPage::showLifts);
     connect(&m_settings, &SimulationSettings::viewsChanged, this, [this] {
         showViews();
