@@ -8,21 +8,12 @@
 #include <QtCore/QCborArray>
 #include <QtCore/QCborMap>
 #include <QtCore/QJsonDocument>
-#include <QtCore/QMap>
 
 namespace {
 
-const QByteArray& bytes(int nodes)
-{
-    static QMap<int, QByteArray> plans;
-    if (!plans.contains(nodes))
-        plans.insert(nodes, samplePlanJson(nodes));
-    return *plans.constFind(nodes);
-}
-
 void parse(benchmark::State& state)
 {
-    const QByteArray& json = bytes(int(state.range(0)));
+    const QByteArray& json = keptSamplePlanJson(int(state.range(0)));
     for (auto _ : state) {
         const QJsonDocument document = QJsonDocument::fromJson(json);
         benchmark::DoNotOptimize(&document);
@@ -47,7 +38,7 @@ void walk(const QCborMap& object, const QCborMap& expected)
 
 void justWalk(benchmark::State& state)
 {
-    const QJsonObject object = QJsonDocument::fromJson(bytes(int(state.range(0)))).object();
+    const QJsonObject object = QJsonDocument::fromJson(keptSamplePlanJson(int(state.range(0)))).object();
     const QCborArray tasks = QCborMap::fromJsonObject(object).value(QLatin1String("tasks")).toArray();
     for (auto _ : state) {
         const QCborMap first = tasks.first().toMap();
@@ -58,7 +49,7 @@ void justWalk(benchmark::State& state)
 
 void decode(benchmark::State& state)
 {
-    const QJsonObject object = QJsonDocument::fromJson(bytes(int(state.range(0)))).object();
+    const QJsonObject object = QJsonDocument::fromJson(keptSamplePlanJson(int(state.range(0)))).object();
     for (auto _ : state) {
         KvPlan plan;
         Kv::jsonObjectToPlan(object, plan);
@@ -69,7 +60,7 @@ void decode(benchmark::State& state)
 KvPlan samplePlan(int nodes)
 {
     KvPlan plan;
-    Kv::jsonObjectToPlan(QJsonDocument::fromJson(bytes(nodes)).object(), plan);
+    Kv::jsonObjectToPlan(QJsonDocument::fromJson(keptSamplePlanJson(nodes)).object(), plan);
     return plan;
 }
 

@@ -18,14 +18,6 @@
 
 namespace {
 
-const QByteArray& bytes(int nodes)
-{
-    static QMap<int, QByteArray> plans;
-    if (!plans.contains(nodes))
-        plans.insert(nodes, samplePlanJson(nodes));
-    return *plans.constFind(nodes);
-}
-
 KvPlan planByLibrary(const QByteArray& json)
 {
     KvPlan plan;
@@ -43,7 +35,7 @@ KvPlan planPlainly(const QByteArray& json)
 template<KvPlan (*Read)(const QByteArray&)>
 void read(benchmark::State& state)
 {
-    const QByteArray& json = bytes(int(state.range(0)));
+    const QByteArray& json = keptSamplePlanJson(int(state.range(0)));
     for (auto _ : state) {
         const KvPlan plan = Read(json);
         if (plan.planNodes.size() != state.range(0))
@@ -60,7 +52,7 @@ enum class From
 template<void (*Make)(QList<KvPlanNode>&), From from>
 void shape(benchmark::State& state)
 {
-    const QByteArray& json = bytes(int(state.range(0)));
+    const QByteArray& json = keptSamplePlanJson(int(state.range(0)));
     for (auto _ : state) {
         state.PauseTiming();
         QList<KvPlanNode> nodes = planByLibrary(json).planNodes;
@@ -85,8 +77,8 @@ const Known& known(int count)
 {
     static QMap<int, Known> all;
     if (!all.contains(count)) {
-        Known made{planByLibrary(bytes(count)).planNodes, {}};
-        const QList<KvPlanNode> cached = planByLibrary(bytes(count)).planNodes;
+        Known made{planByLibrary(keptSamplePlanJson(count)).planNodes, {}};
+        const QList<KvPlanNode> cached = planByLibrary(keptSamplePlanJson(count)).planNodes;
         for (const KvPlanNode& node : cached)
             made.cache.insert(node.id, node);
         all.insert(count, made);
@@ -117,10 +109,10 @@ void changes(benchmark::State& state)
 // The peers are only peers if they read the same.
 bool peersAgree()
 {
-    const KvPlan own = planByLibrary(bytes(1000));
-    for (const auto& [name, other] : {std::pair{"plain look-ups", planPlainly(bytes(1000))},
-                                      std::pair{"nlohmann-json", planByNlohmann(bytes(1000))},
-                                      std::pair{"simdjson", planBySimdjson(bytes(1000))}}) {
+    const KvPlan own = planByLibrary(keptSamplePlanJson(1000));
+    for (const auto& [name, other] : {std::pair{"plain look-ups", planPlainly(keptSamplePlanJson(1000))},
+                                      std::pair{"nlohmann-json", planByNlohmann(keptSamplePlanJson(1000))},
+                                      std::pair{"simdjson", planBySimdjson(keptSamplePlanJson(1000))}}) {
         bool same = own.planNodes.size() == other.planNodes.size();
         for (int i = 0; same && i < own.planNodes.size(); ++i)
             same = isSamePlainly(own.planNodes.at(i), other.planNodes.at(i));

@@ -1,11 +1,13 @@
 // The nodes of a plan: read through the facade, with codec and cache, and by hand, where the reply is
 // downloaded and parsed and no more; created through the facade and the service, and by hand, where the rows
-// that the service made of them go straight into SQLite: into the same table with the same indexes, and, for
-// comparison, only their documents into a table that has nothing but its key.
+// that the service made of them go straight into the database: into the same table with the same indexes,
+// and, for comparison, only their documents into a table that has nothing but its key. On SQLite, or on the
+// server that the environment variable KV_TEST_DATABASE names.
 
 #include "BareRequest.h"
 #include "RatioMain.h"
 
+#include <FreshDatabase.h>
 #include <KvNetwork/KvBaseApi.h>
 #include <KvSoftBase/KvSoftBase.h>
 #include <ServiceProcess.h>
@@ -16,6 +18,8 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QTemporaryDir>
+#include <QtCore/QUrl>
+#include <QtCore/QUrlQuery>
 #include <QtCore/QVector>
 #include <QtNetwork/QNetworkAccessManager>
 #include <QtSql/QSqlDatabase>
@@ -62,9 +66,27 @@ void createThroughFacade(benchmark::State& state, const QString& planId, const Q
     }
 }
 
+// SQLite takes a row at a time as quickly as many; a server is asked for many at once.
+int rowsAtOnce()
+{
+    return KvTest::FreshDatabase::isPostgres() ? 100 : 1;
+}
+
 struct Rows
 {
-    QString insertion;
+    Rows(const QString& table, const QStringList& columns)
+    {
+        const QString row = QLatin1Char('(') +
+                            QStringList(QVector<QString>(columns.size(), QStringLiteral("?")).toList())
+                                .join(QLatin1Char(',')) +
+                            QLatin1Char(')');
+        insertion =
+            QStringLiteral("INSERT INTO %1 (%2) VALUES %3")
+                .arg(table, columns.join(QStringLiteral(", ")),
+                     QStringList(QVector<QString>(rowsAtOnce(), row).toList()).join(QLatin1Char(',')));
+    }
+
+    QString insertion; // of rowsAtOnce() rows
     QVector<QVariantList> values;
 };
 
@@ -78,14 +100,18 @@ void insertByHand(benchmark::State& state, const Rows* rows, int idColumn)
         database.transaction();
         QSqlQuery insert(database);
         insert.prepare(rows->insertion);
+        int place = 0;
         for (int row = 0; row < rows->values.size(); ++row) {
             const QVariantList& values = rows->values.at(row);
             for (int i = 0; i < values.size(); ++i)
-                insert.bindValue(i, i == idColumn
-                                        ? QStringLiteral("%1").arg(run << 32 | row, 24, 16, QLatin1Char('0'))
-                                        : values.at(i));
+                insert.bindValue(place++, i == idColumn ? QStringLiteral("%1").arg(run << 32 | row, 24, 16,
+                                                                                   QLatin1Char('0'))
+                                                        : values.at(i));
+            if ((row + 1) % rowsAtOnce() != 0)
+                continue;
+            place = 0;
             if (!insert.exec())
-                return state.SkipWithError("a row was not inserted");
+                return state.SkipWithError("rows were not inserted");
         }
         if (!database.commit())
             return state.SkipWithError("the rows were not committed");
@@ -101,12 +127,29 @@ QStringList textsOf(const QString& sql, const QSqlDatabase& database)
     return texts;
 }
 
+void readValues(Rows& rows, const QStringList& columns, const QString& planId, const QSqlDatabase& database)
+{
+    QSqlQuery query(database);
+    query.prepare(QStringLiteral("SELECT %1 FROM planNodes WHERE planId = ? LIMIT %2")
+                      .arg(columns.join(QStringLiteral(", ")))
+                      .arg(createCount));
+    query.addBindValue(planId);
+    query.exec();
+    while (query.next()) {
+        QVariantList values;
+        for (int i = 0; i < columns.size(); ++i)
+            values.append(query.value(i));
+        rows.values.append(values);
+    }
+}
+
 // What the service keeps of the nodes of a plan, with the table and the indexes in which it does.
 Rows sameTable(const QString& serviceFile, const QString& planId, int& idColumn)
 {
     const QString name = QStringLiteral("service");
-    Rows rows;
     QStringList schema;
+    QStringList columns;
+    QVector<QVariantList> values;
     {
         QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
         database.setDatabaseName(serviceFile);
@@ -114,32 +157,59 @@ Rows sameTable(const QString& serviceFile, const QString& planId, int& idColumn)
         schema = textsOf(QStringLiteral("SELECT sql FROM sqlite_master WHERE tbl_name = 'planNodes'"
                                         " AND sql IS NOT NULL ORDER BY type DESC"),
                          database);
-        const QStringList columns = textsOf(QStringLiteral("SELECT name FROM pragma_table_info('planNodes')"
-                                                           " WHERE name <> 'number'"),
-                                            database);
-        idColumn = columns.indexOf(QStringLiteral("id"));
-        QStringList marks;
-        for (int i = 0; i < columns.size(); ++i)
-            marks.append(QStringLiteral("?"));
-        rows.insertion = QStringLiteral("INSERT INTO planNodes (%1) VALUES (%2)")
-                             .arg(columns.join(QStringLiteral(", ")), marks.join(QStringLiteral(", ")));
-        QSqlQuery query(database);
-        query.prepare(QStringLiteral("SELECT %1 FROM planNodes WHERE planId = ? LIMIT %2")
-                          .arg(columns.join(QStringLiteral(", ")))
-                          .arg(createCount));
-        query.addBindValue(planId);
-        query.exec();
-        while (query.next()) {
-            QVariantList values;
-            for (int i = 0; i < columns.size(); ++i)
-                values.append(query.value(i));
-            rows.values.append(values);
-        }
+        columns = textsOf(QStringLiteral("SELECT name FROM pragma_table_info('planNodes')"
+                                         " WHERE name <> 'number'"),
+                          database);
+        Rows read(QStringLiteral("planNodes"), columns);
+        readValues(read, columns, planId, database);
+        values = read.values;
     }
     QSqlDatabase::removeDatabase(name);
     for (const QString& statement : qAsConst(schema))
         QSqlQuery(statement, QSqlDatabase::database());
+    idColumn = columns.indexOf(QStringLiteral("id"));
+    Rows rows(QStringLiteral("planNodes"), columns);
+    rows.values = values;
     return rows;
+}
+
+// The same in PostgreSQL, beside the service's table.
+Rows sameTableOnServer(const QString& planId, int& idColumn)
+{
+    const QSqlDatabase database = QSqlDatabase::database();
+    QSqlQuery(QStringLiteral("CREATE TABLE byHand (LIKE planNodes INCLUDING ALL)"), database);
+    const QStringList columns =
+        textsOf(QStringLiteral("SELECT column_name FROM information_schema.columns"
+                               " WHERE table_schema = current_schema() AND table_name = 'plannodes'"
+                               " AND column_name <> 'number' ORDER BY ordinal_position"),
+                database);
+    idColumn = columns.indexOf(QStringLiteral("id"));
+    Rows rows(QStringLiteral("byHand"), columns);
+    readValues(rows, columns, planId, database);
+    return rows;
+}
+
+// The database in which rows are inserted by hand: as safe as the service's own.
+bool openByHand(const QString& serviceDatabase, const QString& folder)
+{
+    if (KvTest::FreshDatabase::isPostgres()) {
+        const QUrl url(serviceDatabase);
+        QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"));
+        database.setHostName(url.host());
+        database.setPort(url.port(5432));
+        database.setUserName(url.userName());
+        database.setPassword(url.password());
+        database.setDatabaseName(url.path().mid(1));
+        const QString schema = QUrlQuery(url).queryItemValue(QStringLiteral("application_name"));
+        return database.open() && QSqlQuery(database).exec(QStringLiteral("SET search_path TO ") + schema);
+    }
+    QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"));
+    database.setDatabaseName(folder + QStringLiteral("/by-hand.sqlite"));
+    if (!database.open())
+        return false;
+    for (const char* statement : {"PRAGMA journal_mode = WAL", "PRAGMA synchronous = FULL"})
+        QSqlQuery(QString::fromLatin1(statement), database);
+    return true;
 }
 
 // Of the same rows the ids and the documents alone.
@@ -147,7 +217,7 @@ Rows documentsAlone(const Rows& rows, int idColumn)
 {
     QSqlQuery(QStringLiteral("CREATE TABLE documents (id TEXT NOT NULL PRIMARY KEY, document TEXT NOT NULL)"),
               QSqlDatabase::database());
-    Rows documents{QStringLiteral("INSERT INTO documents VALUES (?, ?)"), {}};
+    Rows documents(QStringLiteral("documents"), {QStringLiteral("id"), QStringLiteral("document")});
     for (const QVariantList& values : rows.values)
         documents.values.append({values.at(idColumn), values.last()});
     return documents;
@@ -189,25 +259,27 @@ int main(int argc, char* argv[])
     KvPlanData::instance()->createPlanNodes(target.id, created);
 
     const QTemporaryDir folder;
-    QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"));
-    database.setDatabaseName(folder.filePath(QStringLiteral("by-hand.sqlite")));
-    database.open();
-    for (const char* statement : {"PRAGMA journal_mode = WAL", "PRAGMA synchronous = FULL"})
-        QSqlQuery(QString::fromLatin1(statement), database);
     int idColumn = -1;
-    const Rows rows = sameTable(service.databaseFile(), target.id, idColumn);
+    if (!openByHand(service.database(), folder.path())) {
+        std::fprintf(stderr, "no database to write to by hand\n");
+        return 2;
+    }
+    const Rows rows = KvTest::FreshDatabase::isPostgres()
+                          ? sameTableOnServer(target.id, idColumn)
+                          : sameTable(service.databaseFile(), target.id, idColumn);
     const Rows documents = documentsAlone(rows, idColumn);
     if (created.size() != createCount || rows.values.size() != createCount) {
         std::fprintf(stderr, "no nodes to compare with\n");
         return 2;
     }
 
+    const std::string on = KvTest::FreshDatabase::isPostgres() ? ", PostgreSQL" : ", SQLite";
     const auto millisecond = [](benchmark::internal::Benchmark* registered) {
         registered->UseRealTime()->Unit(benchmark::kMillisecond);
     };
     millisecond(benchmark::RegisterBenchmark("getPlanNodesByPlanIds", readThroughFacade, planId));
     millisecond(benchmark::RegisterBenchmark("download and fromJson", readByHand, planId, category));
-    compare("getPlanNodesByPlanIds / download and fromJson", "getPlanNodesByPlanIds/real_time",
+    compare("getPlanNodesByPlanIds / download and fromJson" + on, "getPlanNodesByPlanIds/real_time",
             "download and fromJson/real_time", 1.6);
     millisecond(benchmark::RegisterBenchmark("createPlanNodes", createThroughFacade, target.id, &nodes));
     const QList<KvPlanNode> fewer[] = {nodes.mid(0, 1000), nodes.mid(0, 3000), nodes};
@@ -215,11 +287,11 @@ int main(int argc, char* argv[])
         const std::string name = "create/" + std::to_string(some.size());
         millisecond(benchmark::RegisterBenchmark(name.c_str(), createThroughFacade, target.id, &some));
     }
-    growth("createPlanNodes", "create", {1000, 3000, createCount}, 1.1);
+    growth("createPlanNodes" + on, "create", {1000, 3000, createCount}, 1.1);
     millisecond(benchmark::RegisterBenchmark("insert rows", insertByHand, &rows, idColumn));
     millisecond(benchmark::RegisterBenchmark("insert documents", insertByHand, &documents, 0));
-    compare("createPlanNodes / insert rows", "createPlanNodes/real_time", "insert rows/real_time", 4);
-    compare("createPlanNodes / insert documents alone", "createPlanNodes/real_time",
+    compare("createPlanNodes / insert rows" + on, "createPlanNodes/real_time", "insert rows/real_time", 4);
+    compare("createPlanNodes / insert documents alone" + on, "createPlanNodes/real_time",
             "insert documents/real_time", 0);
     return runBenchmarks(argc, argv);
 }

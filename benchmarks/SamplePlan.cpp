@@ -2,6 +2,8 @@
 
 #include <ServiceProcess.h>
 
+#include <QtCore/QMap>
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -14,4 +16,12 @@ QByteArray samplePlanJson(int nodes)
         std::exit(2);
     }
     return run.output;
+}
+
+const QByteArray& keptSamplePlanJson(int nodes)
+{
+    static QMap<int, QByteArray> plans;
+    if (!plans.contains(nodes))
+        plans.insert(nodes, samplePlanJson(nodes));
+    return *plans.constFind(nodes);
 }

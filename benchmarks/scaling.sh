@@ -93,3 +93,6 @@ read -r own cost < <(load "$url" "${running[0]}")
 awk -v a="$own" -v b="$static" -v c="$cost" -v n="$(stat -c %s "$work/static/plan.json")" \
     'BEGIN { printf "plan of 10,000 nodes, %.1f MB: %.1f a second, %.0f us of CPU time each; as a file by nginx %.1f; ratio %.3f\n",
              n / 1e6, a, c, b, a / b }'
+[ -z "${KV_RATIOS:-}" ] || awk -v a="$own" -v b="$static" -v one="${rates[1]}" -v two="${rates[2]}" -v c="${costs[1]}" -v d="${costs[2]}" \
+    'BEGIN { printf "scaling\tplan of 10,000 nodes / the same bytes as a file by nginx\t%.3f\t0\n", b / a
+             printf "scaling\tCPU time of a node, two processes / one\t%.3f\t0\n", d / c }' >>"$KV_RATIOS"

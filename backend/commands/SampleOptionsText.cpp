@@ -13,7 +13,7 @@ void addSampleOptions(Options& options)
                 QStringLiteral("N"), QStringLiteral("0"));
     options.add(QStringLiteral("nodes"),
                 QStringLiteral("Exactly so many nodes, 1 to 1000000, in as many towers as that takes; "
-                               "0 builds one whole tower, some 400 nodes with 18 floors."),
+                               "0 builds a single tower, some 400 nodes with 18 floors."),
                 QStringLiteral("N"), QStringLiteral("0"));
     options.add(QStringLiteral("seed"), QStringLiteral("Number that the chances of the site depend on."),
                 QStringLiteral("S"), QStringLiteral("1"));
