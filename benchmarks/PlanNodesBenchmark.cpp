@@ -215,9 +215,10 @@ bool openByHand(const QString& serviceDatabase, const QString& folder)
 // Of the same rows the ids and the documents alone.
 Rows documentsAlone(const Rows& rows, int idColumn)
 {
-    QSqlQuery(QStringLiteral("CREATE TABLE documents (id TEXT NOT NULL PRIMARY KEY, document TEXT NOT NULL)"),
-              QSqlDatabase::database());
-    Rows documents(QStringLiteral("documents"), {QStringLiteral("id"), QStringLiteral("document")});
+    QSqlQuery(
+        QStringLiteral("CREATE TABLE byHandDocuments (id TEXT NOT NULL PRIMARY KEY, document TEXT NOT NULL)"),
+        QSqlDatabase::database());
+    Rows documents(QStringLiteral("byHandDocuments"), {QStringLiteral("id"), QStringLiteral("document")});
     for (const QVariantList& values : rows.values)
         documents.values.append({values.at(idColumn), values.last()});
     return documents;

@@ -259,7 +259,8 @@ private Q_SLOTS:
         KvPlan plan;
         plan.id = QStringLiteral("p1");
         QVERIFY(page.open(plan));
-        QVERIFY2(answers >= 100, qPrintable(QString::number(answers)));
+        // A window that did not answer would count none or one; a quick machine leaves time for some dozens.
+        QVERIFY2(answers >= 10, qPrintable(QString::number(answers)));
         QCOMPARE(page.model()->tasks().size(), count);
         QVERIFY(page.rows()->count() <= 2000);
         const int before = answers;
