@@ -56,8 +56,9 @@ QString insertionOf(int count)
 
 bool SqlStore::addPlanNode(const PlanNodeRecord& node)
 {
-    QSqlQuery& insertion =
-        m_database->run(insertionOf(1) + QLatin1String("NOTHING"), parametersOf(node, *m_database));
+    // Made once, as a batch asks for it row by row.
+    static const QString one = insertionOf(1) + QLatin1String("NOTHING");
+    QSqlQuery& insertion = m_database->run(one, parametersOf(node, *m_database));
     const bool added = insertion.numRowsAffected() > 0;
     insertion.finish();
     return added;
