@@ -4,30 +4,47 @@
 #include <QtCore/QLocale>
 #include <QtCore/QVarLengthArray>
 
+#include <utility>
+
 namespace {
 
 using Text = QVarLengthArray<QChar, 256>;
+
+struct Kept
+{
+    explicit Kept(Qt::CaseSensitivity cs)
+        : collator(locale.collation())
+    {
+        collator.setCaseSensitivity(cs);
+    }
+
+    QLocale locale;
+    QCollator collator;
+};
+
+struct Collators
+{
+    Kept sensitive{Qt::CaseSensitive};
+    Kept insensitive{Qt::CaseInsensitive};
+};
 
 /// A collator is costly to build and not safe to share between threads, so each thread keeps one for each
 /// case sensitivity, until the default locale changes.
 QCollator& collatorFor(Qt::CaseSensitivity cs)
 {
-    struct Kept
+    // The main thread's objects go before static ones, which may still ask: they find none and get new ones.
+    thread_local Collators* collators = nullptr;
+    struct Cleaner
     {
-        QLocale locale;
-        QCollator collator;
+        ~Cleaner() { delete std::exchange(collators, nullptr); }
     };
-    const auto make = [](const QLocale& locale, Qt::CaseSensitivity sensitivity) {
-        Kept kept{locale, QCollator(locale.collation())};
-        kept.collator.setCaseSensitivity(sensitivity);
-        return kept;
-    };
-    const QLocale locale;
-    thread_local Kept sensitive = make(locale, Qt::CaseSensitive);
-    thread_local Kept insensitive = make(locale, Qt::CaseInsensitive);
-    Kept& kept = cs == Qt::CaseSensitive ? sensitive : insensitive;
-    if (kept.locale != locale)
-        kept = make(locale, cs);
+    if (collators == nullptr) {
+        thread_local Cleaner cleaner;
+        collators = new Collators;
+    }
+    Kept& kept = cs == Qt::CaseSensitive ? collators->sensitive : collators->insensitive;
+    if (kept.locale != QLocale())
+        kept = Kept(cs);
     return kept.collator;
 }
 

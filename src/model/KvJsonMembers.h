@@ -87,6 +87,8 @@ struct KvField
 
 /// The fields of a record in ascending order of their keys, which is the order in which an object holds them:
 /// it is then read in one walk, where a look-up a key would cost as much as parsing the text did.
+///
+/// Made once and never destroyed: static objects of hosts may still convert when the process ends.
 template<class Record, std::size_t Count>
 class KvFields
 {

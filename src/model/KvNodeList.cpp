@@ -36,8 +36,8 @@ void rearrange(QList<KvPlanNode>& nodes, int begin, std::vector<int> sources)
 
 KvPlanNode& appendMoved(QList<KvPlanNode>& list, KvPlanNode& node)
 {
-    static const KvPlanNode empty;
-    list.append(empty);
+    static const auto* const empty = new KvPlanNode; // for good: static objects of hosts may still ask
+    list.append(*empty);
     KvPlanNode& appended = list.last();
     appended = std::move(node);
     return appended;

@@ -25,13 +25,13 @@ void readPredecessors(Value in, KvPlanNode& out, Kv::KvDecodePool& pool);
 // needs one.
 QString byteAsText(int code)
 {
-    static const auto texts = [] {
-        std::array<QString, 256> all;
-        for (std::size_t i = 0; i < all.size(); ++i)
-            all[i] = QString(QChar(static_cast<ushort>(i)));
+    static const auto* const texts = [] {
+        auto* const all = new std::array<QString, 256>; // for good, as the fields
+        for (std::size_t i = 0; i < all->size(); ++i)
+            (*all)[i] = QString(QChar(static_cast<ushort>(i)));
         return all;
     }();
-    return texts[static_cast<std::size_t>(code & 0xff)];
+    return (*texts)[static_cast<std::size_t>(code & 0xff)];
 }
 
 // The tables below stand in ascending order of the keys, as a JSON object does. One key a line, however long.
@@ -94,12 +94,12 @@ const Kv::KvWrittenField<KvPlanNode> writtenTaskFields[] = {
 
 void readPredecessors(Value in, KvPlanNode& out, Kv::KvDecodePool& pool)
 {
-    static const Kv::KvFields fields(predecessorFields);
-    static const KvPlanPredecessor empty;
+    static const auto* const fields = new Kv::KvFields(predecessorFields); // for good, as KvFields tells
+    static const auto* const empty = new KvPlanPredecessor;                // for good, as the fields
     const QCborArray links = in.elements();
     for (const QCborValue& link : links) {
-        out.predecessors.append(empty);
-        fields.read(link.toMap(), out.predecessors.last(), pool);
+        out.predecessors.append(*empty);
+        fields->read(link.toMap(), out.predecessors.last(), pool);
     }
 }
 
@@ -111,8 +111,8 @@ QJsonObject taskObject(const KvPlanNode& in, Kv::KvEncodePool& pool)
 
 void readTask(const QJsonObject& in, KvPlanNode& out, Kv::KvDecodePool& pool)
 {
-    static const Kv::KvFields fields(taskFields);
-    fields.read(in, out, pool);
+    static const auto* const fields = new Kv::KvFields(taskFields); // for good, as KvFields tells
+    fields->read(in, out, pool);
 }
 
 } // namespace

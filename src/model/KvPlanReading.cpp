@@ -111,24 +111,24 @@ const KvField<KvPlan> planFields[] = {
 
 void readPredecessor(const QCborMap& in, KvPlanPredecessor& out, KvDecodePool& pool)
 {
-    static const KvFields fields(predecessorFields);
-    fields.read(in, out, pool);
+    static const auto* const fields = new KvFields(predecessorFields); // for good, as KvFields tells
+    fields->read(in, out, pool);
 }
 
 void readPredecessors(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool)
 {
-    static const KvPlanPredecessor empty;
+    static const auto* const empty = new KvPlanPredecessor; // for good, as the fields
     out.predecessors.reserve(out.predecessors.size() + int(in.size()));
     for (const QCborValue& element : in) {
-        out.predecessors.append(empty);
+        out.predecessors.append(*empty);
         readPredecessor(element.toMap(), out.predecessors.last(), pool);
     }
 }
 
 void readDocument(const QCborMap& in, KvDocument& out, KvDecodePool& pool)
 {
-    static const KvFields fields(documentFields);
-    fields.read(in, out, pool);
+    static const auto* const fields = new KvFields(documentFields); // for good, as KvFields tells
+    fields->read(in, out, pool);
 }
 
 void readDocuments(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool)
@@ -186,8 +186,8 @@ void jsonObjectToPlan(const QJsonObject& in, KvPlan& out)
 
 void jsonObjectToPlan(const QJsonObject& in, KvPlan& out, KvDecodePool& pool)
 {
-    static const KvFields fields(planFields);
-    fields.read(in, out, pool);
+    static const auto* const fields = new KvFields(planFields); // for good, as KvFields tells
+    fields->read(in, out, pool);
 }
 
 void jsonObjectToPlanNode(const QJsonObject& in, KvPlanNode& out)
@@ -198,8 +198,8 @@ void jsonObjectToPlanNode(const QJsonObject& in, KvPlanNode& out)
 
 void jsonObjectToPlanNode(const QJsonObject& in, KvPlanNode& out, KvDecodePool& pool)
 {
-    static const KvFields fields(nodeFields);
-    fields.read(in, out, pool);
+    static const auto* const fields = new KvFields(nodeFields); // for good, as KvFields tells
+    fields->read(in, out, pool);
     if (out.guid.isEmpty())
         out.guid = out.id;
 }

@@ -63,7 +63,7 @@ void SettingsFile::readEntries(const QString& array, Read read)
     };
     int last = 0;
     for (const int entry : qAsConst(present)) {
-        if (entry > last + 1)
+        if (entry - 1 > last) // not last + 1, as numbers may end there
             readEntry(last + 1);
         readEntry(entry);
         last = entry;

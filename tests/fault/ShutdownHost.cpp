@@ -1,12 +1,19 @@
 #include "ShutdownHost.h"
 
+#include <model/KvPlanDataUtils.h>
 #include <plandata/KvPlanData.h>
 #include <setting/KvPlanSetting.h>
 
 #include <KvNetwork/KvBaseApi.h>
 #include <KvNetwork/NetworkManager.h>
+#include <KvPublicFun/KvPub.h>
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QDateTime>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QLocale>
 #include <QtCore/QSocketNotifier>
 #include <QtCore/QTimer>
 
@@ -72,6 +79,45 @@ struct CallsWhenDestroyed
     }
 };
 
+/// What comes of a small schedule by way of everything that needs no service.
+QByteArray converted()
+{
+    const QJsonObject link{{QStringLiteral("SourceTaskUniqueID"), 1},
+                           {QStringLiteral("TargetTaskUniqueID"), 65}};
+    const auto task = [&](int uniqueId, int parentId) {
+        return QJsonObject{{QStringLiteral("ID"), uniqueId},
+                           {QStringLiteral("UniqueID"), uniqueId},
+                           {QStringLiteral("ParentTask"), parentId},
+                           {QStringLiteral("Name"), QStringLiteral("Task of a schedule")},
+                           {QStringLiteral("Start"), QStringLiteral("2026-03-02T08:00:00")},
+                           {QStringLiteral("Predecessors"), QJsonArray{link}}};
+    };
+    const QJsonObject schedule{{QStringLiteral("Name"), QStringLiteral("Schedule")},
+                               {QStringLiteral("AllTasks"), QJsonArray{task(2, 1), task(3, 2), task(1, 0)}}};
+    KvPlan plan;
+    KvPlanDataUtils::jsonObjectToPlanMPXJ(schedule, plan);
+    KvPlanDataUtils::makePlanNodeListTree(plan.planNodes);
+    KvPlanDataUtils::makePlanNodeListFlat(plan.planNodes);
+    QJsonObject written;
+    KvPlanDataUtils::planToJsonObjectMPXJ(plan, written);
+    const bool isSorted =
+        KvPub::naturalSort(QStringLiteral("Task 9"), QStringLiteral("task 10"), Qt::CaseInsensitive);
+    written.insert(QStringLiteral("isSorted"), isSorted);
+    return QJsonDocument(written).toJson(QJsonDocument::Compact);
+}
+
+/// Made before anything was converted, so destroyed behind whatever conversions keep.
+struct ConvertsWhenDestroyed
+{
+    ~ConvertsWhenDestroyed()
+    {
+        if (converted() != expected)
+            std::_Exit(Differs);
+    }
+
+    QByteArray expected;
+};
+
 /// Calls, and at each line that the test writes, which it does when the call waits, calls once more from
 /// inside the wait; `end` is what it does at the line number `depth`.
 /// @return how many calls came back, and none of them with success.
@@ -102,6 +148,13 @@ int run(int& argc, char** argv)
 {
     const QByteArray way = argv[2];
     operation = QString::fromLatin1(argv[3]);
+    if (way == "conversions") {
+        QLocale(); // what Qt keeps is to outlive the object
+        QDateTime::currentDateTime().toString(Qt::ISODate);
+        static ConvertsWhenDestroyed lateConverter;
+        lateConverter.expected = converted();
+        return Ended;
+    }
     KvBaseApi::GetInstance().setBaseApi(QString::fromLatin1(argv[4]));
     auto application = std::make_unique<QCoreApplication>(argc, argv);
     prepare();

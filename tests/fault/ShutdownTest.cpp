@@ -40,6 +40,7 @@ void ShutdownTest::ends_data()
         row("static object", 0);
         row("no application any more", 0);
     }
+    QTest::newRow("conversions") << QStringLiteral("conversions") << QStringLiteral("none") << 0 << 0;
 }
 
 void ShutdownTest::ends()
@@ -56,6 +57,10 @@ void ShutdownTest::ends()
     });
     QProcess host;
     host.setProcessChannelMode(QProcess::MergedChannels);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("MALLOC_PERTURB_"),
+                       QStringLiteral("165")); // shows what is used when freed
+    host.setProcessEnvironment(environment);
     connect(&server, &KvTest::ScriptedServer::requestReceived, &host, [&host, before](int count) {
         if (count > before)
             host.write("\n"); // another call waits

@@ -172,6 +172,11 @@ private Q_SLOTS:
         QTest::newRow("an entry beyond all measure, too")
             << QByteArray("[GanttColumnWidth]\n1\\name=a\n2147483647\\name=z\nsize=2147483647\n")
             << Widths{{QStringLiteral("a"), 100}, {QStringLiteral("z"), 100}, {QString(), 100}};
+        // The numbers are those of one entry, whose name is that of the plainest one.
+        QTest::newRow("the last entry of all, under two numbers")
+            << QByteArray("[GanttColumnWidth]\n2147483647\\name=z\n2147483647\\width=3\n02147483647\\name=y\n"
+                          "size=2147483647\n")
+            << Widths{{QString(), 100}, {QStringLiteral("z"), 3}};
         for (const char* size : {"0", "-3", "many", ""})
             QTest::addRow("count \"%s\"", size)
                 << QByteArray("[GanttColumnWidth]\n1\\name=a\n1\\width=10\nsize=").append(size).append("\n")
