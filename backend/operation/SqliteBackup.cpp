@@ -135,6 +135,17 @@ bool isAboutAccess(const QString& table)
     return table == QLatin1String("tokens") || table == QLatin1String("rights");
 }
 
+/// Makes the copy of the backup known to the database as "staged". Only rows are taken from it: whatever else
+/// a file from elsewhere holds, such as triggers, stays there.
+void attach(SqliteDatabase& database, const NewFile& staged, const QString& suspect, const char* advice)
+{
+    database.run(sql("ATTACH ? AS staged"), {staged.writingPath()}).finish();
+    if (tablesOf(database, "main") != tablesOf(database, "staged")) {
+        throw Failure(
+            QStringLiteral("'%1' has other tables than this program makes; %2").arg(suspect, sql(advice)));
+    }
+}
+
 /// Everything from the attached "staged", in the transaction that is open.
 void replaceContents(SqliteDatabase& database, bool keepTokens)
 {
@@ -222,11 +233,19 @@ RestoreReport restoreSqlite(const QString& file, const QString& database, Existi
         requireDatabase(database);
     }
     RestoreReport report;
-    // Where there is no database the copy becomes it.
-    NewFile staged(missing ? database : database + QStringLiteral(".restore"), Existing::Keep);
+    NewFile staged(database + QStringLiteral(".restore"), Existing::Keep);
     if (missing) {
         report.contents = stage(file, staged);
-        staged.publish();
+        NewFile made(database, Existing::Keep);
+        {
+            SqliteDatabase target(made.writingPath());
+            migrate(target, migrations());
+            attach(target, staged, file, "take another backup");
+            target.execute(sql("BEGIN IMMEDIATE"));
+            replaceContents(target, false);
+            target.execute(sql("COMMIT"));
+        }
+        made.publish();
         return report;
     }
     SqliteDatabase target(database);
@@ -239,12 +258,7 @@ RestoreReport restoreSqlite(const QString& file, const QString& database, Existi
     // checked.
     target.execute(sql("PRAGMA journal_mode = WAL"));
     target.execute(sql("PRAGMA foreign_keys = OFF"));
-    target.run(sql("ATTACH ? AS staged"), {staged.writingPath()}).finish();
-    if (tablesOf(target, "main") != tablesOf(target, "staged")) {
-        throw Failure(QStringLiteral("database '%1' has other tables than this program makes; move it away "
-                                     "while no service runs, and restore again")
-                          .arg(database));
-    }
+    attach(target, staged, database, "move it away while no service runs, and restore again");
     replaceAtOnce(target, database, tokensFrom, report);
     return report;
 }

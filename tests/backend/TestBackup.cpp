@@ -4,6 +4,7 @@
 #include "DatabaseRows.h"
 #include "MixedLoad.h"
 #include "PlanNodeRequests.h"
+#include "store/Migrations.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -316,6 +317,44 @@ private Q_SLOTS:
         const QString fresh = path("fresh.db"_s);
         QCOMPARE(restore(file, fresh).exitCode, 0);
         QCOMPARE(rowsOf(fresh), rowsOf(file));
+    }
+
+    void takesRowsAndNothingElse()
+    {
+        // A file from elsewhere that would let its maker in again whatever tokens are revoked.
+        const QString forged = path("forged.bak"_s);
+        QVERIFY(QFile::copy(m_backup, forged));
+        {
+            SqliteDatabase database(forged);
+            database.execute(
+                "CREATE TRIGGER again AFTER UPDATE ON tokens BEGIN"
+                " INSERT INTO tokens (hash, userId, createdAt) VALUES (x'00', 'mallory', ''); END"_s);
+            database.execute("CREATE VIEW more AS SELECT * FROM tokens"_s);
+            database.execute("CREATE INDEX slow ON plans(hex(name))"_s);
+        }
+        const QString made = path("made.db"_s);
+        SqliteDatabase fresh(made);
+        PlanService::migrate(fresh, PlanService::migrations());
+        ServiceProcess service;
+        QVERIFY(!service.seed({"--floors"_s, "1"_s}).isEmpty());
+        const QString absent = path("absent.db"_s);
+        QCOMPARE(restore(forged, absent).exitCode, 0);
+        QCOMPARE(restore(forged, service.databaseFile(), {"--force"_s}).exitCode, 0);
+        for (const QString& name : {absent, service.databaseFile()}) {
+            SqliteDatabase database(name);
+            QCOMPARE(schemaOf(database), schemaOf(fresh));
+            QCOMPARE(rowsOf(name), rowsOf(m_backup));
+        }
+        // With tables of its own it is refused.
+        {
+            SqliteDatabase database(forged);
+            database.execute("CREATE TABLE more2 (name)"_s);
+        }
+        const ServiceRun run = restore(forged, path("other.db"_s));
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY2(run.errors.contains("has other tables"), run.errors.constData());
+        QVERIFY(!QFile::exists(path("other.db"_s)));
+        QCOMPARE(leftovers(m_folder.path()), QStringList());
     }
 
     void refusesInOneLine_data()
