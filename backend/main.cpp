@@ -8,6 +8,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 using namespace PlanService;
 
@@ -75,16 +76,26 @@ void passOn(QtMsgType type, const QMessageLogContext& context, const QString& me
     }
 }
 
-/// Takes a password out of what other users of the machine see of this process. It was read before.
-void hidePassword(char* argument)
+/// Takes a password, and all options, out of what other users of the machine see of this process. They were
+/// read before.
+void hideSecrets(char* argument)
 {
     char* address = std::strstr(argument, "postgres");
-    char* user = address == nullptr ? nullptr : std::strstr(address, "://");
-    char* host = user == nullptr ? nullptr : std::strchr(user, '@');
-    char* password = host == nullptr ? nullptr : std::strchr(user + 3, ':');
-    if (password != nullptr && password < host) {
-        std::fill(password + 1, host, '*');
+    char* server = address == nullptr ? nullptr : std::strstr(address, "://");
+    if (server == nullptr) {
+        return;
     }
+    server += 3;
+    char* const end = server + std::strlen(server);
+    char* const path = server + std::strcspn(server, "/?#");
+    char* const host =
+        std::find(std::make_reverse_iterator(path), std::make_reverse_iterator(server), '@').base();
+    char* const password = std::find(server, host, ':');
+    if (password != host) {
+        std::fill(password + 1, host - 1, '*');
+    }
+    char* const options = std::find(path, end, '?');
+    std::fill(options == end ? end : options + 1, end, '*');
 }
 
 } // namespace
@@ -99,6 +110,6 @@ int main(int argc, char** argv)
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("planservice"));
     const QStringList arguments = QCoreApplication::arguments();
-    std::for_each(argv + 1, argv + argc, hidePassword);
+    std::for_each(argv + 1, argv + argc, hideSecrets);
     return run(arguments);
 }

@@ -3,10 +3,10 @@
 #include "../store/Migrations.h"
 #include "../store/OpenStore.h"
 #include "../store/PostgresDatabase.h"
+#include "PostgresArchive.h"
 #include "PostgresTools.h"
 
 #include <QDateTime>
-#include <QFileInfo>
 
 namespace PlanService {
 
@@ -30,11 +30,6 @@ bool isAboutAccess(const QString& table)
     return table == QLatin1String("tokens") || table == QLatin1String("rights");
 }
 
-QStringList pgRestore(const QStringList& more, const QString& file)
-{
-    return more + QStringList{file};
-}
-
 void dump(const PostgresTools& tools, const QString& schema, NewFile& file, const QString& snapshot)
 {
     QStringList arguments{sql("--format=custom"),
@@ -50,104 +45,25 @@ void dump(const PostgresTools& tools, const QString& schema, NewFile& file, cons
     }
     tools.run(sql("pg_dump"), arguments);
     // Reads it from the first byte to the last.
-    tools.run(sql("pg_restore"), pgRestore({sql("--file=/dev/null")}, file.writingPath()));
+    tools.run(sql("pg_restore"), {sql("--file=/dev/null"), file.writingPath()});
     file.publish();
 }
 
-/// What a backup says of itself.
-struct Archive
+void requireKnown(const PostgresArchive& archive, const QString& file)
 {
-    QStringList entries; ///< lines of its list
-    QString schema;
-    int version = 0;
-};
-
-/// How many rows the backup has of a table, and the largest number that one consists of.
-QPair<int, int> rowsOf(const PostgresTools& tools, const QString& file, const QString& table)
-{
-    const QByteArray text = tools.run(
-        sql("pg_restore"), pgRestore({sql("--data-only"), sql("--table=") + table, sql("--file=-")}, file));
-    const int begin = text.indexOf("FROM stdin;\n");
-    QPair<int, int> found{0, 0};
-    if (begin >= 0) {
-        const QList<QByteArray> rows =
-            text.mid(begin, text.indexOf("\n\\.", begin) - begin).split('\n').mid(1);
-        for (const QByteArray& row : rows) {
-            found = {found.first + 1, qMax(found.second, row.toInt())};
-        }
-    }
-    return found;
-}
-
-Archive readArchive(const PostgresTools& tools, const QString& file)
-{
-    if (!QFileInfo(file).isFile()) {
-        throw Failure(QStringLiteral("there is no file '%1'; check the path").arg(file));
-    }
-    Archive archive;
-    archive.entries = QString::fromUtf8(tools.run(sql("pg_restore"), pgRestore({sql("--list")}, file)))
-                          .split(QLatin1Char('\n'));
-    for (const QString& entry : qAsConst(archive.entries)) {
-        // "216; 1259 16390 TABLE public plans owner"
-        const QStringList words = entry.split(QLatin1Char(' '));
-        if (words.value(3) == QLatin1String("TABLE") && words.value(5) == QLatin1String("plannodes")) {
-            archive.schema = words.value(4);
-        }
-    }
-    archive.version = rowsOf(tools, file, sql("planserviceschema")).second;
-    if (archive.version == 0 || archive.schema.isEmpty()) {
-        throw Failure(QStringLiteral("'%1' is no backup of a planservice database").arg(file));
-    }
     const int newest = postgresMigrations().last().version;
-    if (archive.version > newest) {
+    if (archive.schemaVersion() > newest) {
         throw Failure(QStringLiteral("'%1' has schema version %2, this program knows up to %3; "
                                      "restore it with the planservice that wrote it, or a newer one")
                           .arg(file)
-                          .arg(archive.version)
+                          .arg(archive.schemaVersion())
                           .arg(newest));
     }
-    tools.run(sql("pg_restore"), pgRestore({sql("--file=/dev/null")}, file));
-    return archive;
 }
 
-/// The backup as SQL, in a file that goes with the object.
-void writeScript(const PostgresTools& tools, const QString& file, const QStringList& entries,
-                 const QStringList& options, QTemporaryFile& script)
+QString schemaOf(PostgresDatabase& database)
 {
-    QTemporaryFile list(file + sql(".XXXXXX.part"));
-    if (!list.open() || !script.open() || list.write(entries.join(QLatin1Char('\n')).toUtf8()) < 0 ||
-        !list.flush()) {
-        throw Failure(QStringLiteral("cannot write '%1': %2; name a file in a folder you may write to")
-                          .arg(list.fileName(), list.errorString()));
-    }
-    tools.run(sql("pg_restore"), pgRestore(options + QStringList{sql("--no-owner"), sql("--no-privileges"),
-                                                                 sql("--use-list=") + list.fileName(),
-                                                                 sql("--file=") + script.fileName()},
-                                           file));
-}
-
-QByteArray include(const QTemporaryFile& script)
-{
-    return "\\i '" + script.fileName().replace(QLatin1Char('\''), QLatin1String("''")).toUtf8() + "'\n";
-}
-
-/// Lines of the list that fill these tables, in the tables' order.
-QStringList dataEntries(const Archive& archive, const QStringList& wanted)
-{
-    QStringList entries;
-    for (const char* kind : {"TABLE DATA", "SEQUENCE SET"}) {
-        for (const QString& table : wanted) {
-            const QString data = sql(" TABLE DATA %1 %2 ").arg(archive.schema, table);
-            const QString sequence = sql(" SEQUENCE SET %1 %2_").arg(archive.schema, table);
-            for (const QString& entry : archive.entries) {
-                if (entry.contains(QLatin1String(kind)) &&
-                    (entry.contains(data) || entry.contains(sequence))) {
-                    entries.append(entry);
-                }
-            }
-        }
-    }
-    return entries;
+    return database.value(sql("SELECT CAST(current_schema() AS TEXT)")).toString();
 }
 
 DatabaseContents contentsOf(PostgresDatabase& database)
@@ -176,34 +92,39 @@ void requireEmpty(PostgresDatabase& database)
     }
 }
 
-void fillEmpty(const PostgresTools& tools, const QString& file, const Archive& archive)
+/// The tables are those that this program made when it was at the backup's version.
+void fillEmpty(const PostgresTools& tools, const PostgresArchive& archive)
 {
-    QStringList entries;
-    for (const QString& entry : archive.entries) {
-        // The schema itself is there.
-        if (!entry.contains(QLatin1String(" SCHEMA - "))) {
-            entries.append(entry);
+    QByteArray script = "BEGIN;\n";
+    for (const Migration& step : postgresMigrations()) {
+        if (step.version <= archive.schemaVersion()) {
+            for (const QString& statement : step.statements) {
+                script += statement.toUtf8() + ";\n";
+            }
+            script += "INSERT INTO planserviceSchema (version) VALUES (" + QByteArray::number(step.version) +
+                      ");\n";
         }
     }
-    QTemporaryFile script(file + sql(".XXXXXX.part"));
-    writeScript(tools, file, entries, {}, script);
-    QProcess psql;
+    for (const QString& table : tables()) {
+        script += archive.fillingScript(table);
+    }
+    RunningProgram psql;
     tools.startPsql(psql);
-    psql.write("BEGIN;\n" + include(script) + "COMMIT;\n");
+    psql.write(script + "COMMIT;\n");
     PostgresTools::finish(psql);
 }
 
 /// Writers wait from the lock on, readers read what was there until the end.
 void replaceAtOnce(const PostgresTools& tools, PostgresDatabase& database, const QString& file,
-                   const Archive& archive, TokensFrom tokensFrom, RestoreReport& report)
+                   const PostgresArchive& archive, TokensFrom tokensFrom, RestoreReport& report)
 {
-    QProcess psql;
+    RunningProgram psql;
     tools.startPsql(psql);
     psql.write("SET lock_timeout = '60s';\nBEGIN;\nLOCK TABLE " +
                tables().join(QLatin1String(", ")).toUtf8() + " IN EXCLUSIVE MODE;\n\\echo locked\n");
     PostgresTools::awaitEcho(psql, "locked");
     const bool has = hasRows(database, sql("tokens"));
-    if (has && tokensFrom == TokensFrom::Backup && rowsOf(tools, file, sql("tokens")).first == 0) {
+    if (has && tokensFrom == TokensFrom::Backup && archive.count(sql("tokens")) == 0) {
         throw Failure(QStringLiteral("the backup has no tokens, and without any everybody may do everything; "
                                      "leave out --with-tokens to keep those of the database"));
     }
@@ -211,18 +132,16 @@ void replaceAtOnce(const PostgresTools& tools, PostgresDatabase& database, const
     report.keptAs = file + QStringLiteral(".before-restore-") +
                     QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-hhmmss-zzz"));
     NewFile kept(report.keptAs, Existing::Keep);
-    dump(tools, archive.schema, kept, QString());
-    QStringList wanted;
+    dump(tools, schemaOf(database), kept, QString());
     QByteArray emptying;
+    QByteArray filling;
     for (const QString& table : tables()) {
         if (!report.tokensKept || !isAboutAccess(table)) {
-            wanted.append(table);
             emptying.prepend("DELETE FROM " + table.toUtf8() + ";\n");
+            filling += archive.fillingScript(table);
         }
     }
-    QTemporaryFile script(file + sql(".XXXXXX.part"));
-    writeScript(tools, file, dataEntries(archive, wanted), {sql("--data-only")}, script);
-    psql.write(emptying + include(script) + "COMMIT;\n");
+    psql.write(emptying + filling + "COMMIT;\n");
     PostgresTools::finish(psql);
 }
 
@@ -239,8 +158,7 @@ DatabaseContents backUpPostgres(const QString& database, const QString& file, Ex
     // What is counted and what is copied are of one moment.
     source.beginReading();
     const QString snapshot = source.value(sql("SELECT pg_export_snapshot()")).toString();
-    dump(PostgresTools(address), source.value(sql("SELECT CAST(current_schema() AS TEXT)")).toString(), copy,
-         snapshot);
+    dump(PostgresTools(address), schemaOf(source), copy, snapshot);
     const DatabaseContents contents = contentsOf(source);
     source.rollback();
     return contents;
@@ -251,28 +169,22 @@ RestoreReport restorePostgres(const QString& file, const QString& database, Exis
 {
     const PostgresAddress address = readPostgresAddress(database);
     const PostgresTools tools(address);
-    const Archive archive = readArchive(tools, file);
-    RestoreReport report;
+    const PostgresArchive archive(tools, file, tables());
+    requireKnown(archive, file);
     PostgresDatabase target(address);
-    const QString schema = target.value(sql("SELECT CAST(current_schema() AS TEXT)")).toString();
-    if (schema != archive.schema) {
-        throw Failure(
-            QStringLiteral("the backup is of the schema '%1', the database's is '%2'; name a database "
-                           "with the same, or choose it in the address: ?options=-csearch_path=%1")
-                .arg(archive.schema, schema));
-    }
+    RestoreReport report;
     if (target.isEmpty()) {
-        fillEmpty(tools, file, archive);
+        fillEmpty(tools, archive);
         openStore(database, MissingDatabase::Refuse);
         report.contents = contentsOf(target);
         return report;
     }
     openStore(database, MissingDatabase::Refuse);
-    if (archive.version != target.schemaVersion()) {
+    if (archive.schemaVersion() != target.schemaVersion()) {
         throw Failure(QStringLiteral("'%1' has schema version %2, the database %3; restore it into an empty "
                                      "database, where it is brought up to date")
                           .arg(file)
-                          .arg(archive.version)
+                          .arg(archive.schemaVersion())
                           .arg(target.schemaVersion()));
     }
     if (existing == Existing::Keep) {

@@ -36,6 +36,31 @@ PostgresTools::PostgresTools(const PostgresAddress& address)
     set("PGUSER", address.user);
     set("PGPASSWORD", address.password);
     set("LC_MESSAGES", QStringLiteral("C"));
+    if (!address.secrets.isEmpty()) {
+        handOverSecrets();
+    }
+}
+
+/// libpq reads them from its environment in no other way than as those of a service, whose file tells them.
+void PostgresTools::handOverSecrets()
+{
+    if (m_environment.contains(QStringLiteral("PGSERVICE")) ||
+        m_address.options.contains(QLatin1String("service="))) {
+        throw Failure(QStringLiteral("the address of the PostgreSQL database has '%1' beside a service; "
+                                     "write it into the file of the service")
+                          .arg(m_address.secrets.first().first));
+    }
+    m_secrets = std::make_unique<QTemporaryFile>();
+    QByteArray lines = "[planservice]\n";
+    for (const auto& [key, value] : qAsConst(m_address.secrets)) {
+        lines += key.toUtf8() + '=' + value.toUtf8() + '\n';
+    }
+    if (!m_secrets->open() || m_secrets->write(lines) != lines.size() || !m_secrets->flush()) {
+        throw Failure(QStringLiteral("cannot write '%1': %2; is the disk full?")
+                          .arg(m_secrets->fileName(), m_secrets->errorString()));
+    }
+    m_environment.insert(QStringLiteral("PGSERVICEFILE"), m_secrets->fileName());
+    m_environment.insert(QStringLiteral("PGSERVICE"), QStringLiteral("planservice"));
 }
 
 QString PostgresTools::databaseOption() const
@@ -45,17 +70,28 @@ QString PostgresTools::databaseOption() const
     return QStringLiteral("--dbname=dbname='%1' %2").arg(name, m_address.options);
 }
 
-QByteArray PostgresTools::run(const QString& program, const QStringList& arguments) const
+void PostgresTools::run(const QString& program, const QStringList& arguments,
+                        const std::function<void(const QByteArray&)>& takeLine) const
 {
-    QProcess process;
+    RunningProgram process;
     process.setProcessEnvironment(m_environment);
+    if (!takeLine) {
+        process.setStandardOutputFile(QProcess::nullDevice());
+    }
     process.start(program, arguments);
-    // They take as long as the database is large, and end by themselves when the server goes.
-    if (!process.waitForFinished(-1) || process.exitStatus() != QProcess::NormalExit ||
-        process.exitCode() != 0) {
+    if (!process.waitForStarted()) {
         fail(process);
     }
-    return process.readAllStandardOutput();
+    // They take as long as the database is large, and end by themselves when the server goes.
+    while (takeLine && (process.waitForReadyRead(-1) || process.canReadLine())) {
+        while (process.canReadLine()) {
+            takeLine(process.readLine());
+        }
+    }
+    process.waitForFinished(-1);
+    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
+        fail(process);
+    }
 }
 
 void PostgresTools::startPsql(QProcess& psql) const

@@ -24,6 +24,11 @@ QString quoted(QString value)
                          .arg(what));
 }
 
+void append(const QString& key, const QString& value, QString& options)
+{
+    options += (options.isEmpty() ? QString() : QStringLiteral(" ")) + key + QLatin1Char('=') + quoted(value);
+}
+
 void addOption(const QString& key, const QString& value, PostgresAddress& address)
 {
     if (value.contains(QLatin1Char(';'))) {
@@ -34,8 +39,16 @@ void addOption(const QString& key, const QString& value, PostgresAddress& addres
             refuse(QStringLiteral("has an option with the name '%1'").arg(key));
         }
     }
-    address.options += (address.options.isEmpty() ? QString() : QStringLiteral(" ")) + key +
-                       QLatin1Char('=') + quoted(value);
+    // Such as sslpassword, which opens the private key that the client shows.
+    if (!key.contains(QLatin1String("password")) && !key.contains(QLatin1String("secret"))) {
+        append(key, value, address.options);
+        return;
+    }
+    if (value != value.trimmed() || value.contains(QLatin1Char('\n'))) {
+        // One line holds it where it is handed on.
+        refuse(QStringLiteral("has a line break in its option '%1', or a blank at its end").arg(key));
+    }
+    address.secrets.append({key, value});
 }
 
 } // namespace
@@ -44,6 +57,15 @@ bool isPostgresAddress(const QString& database)
 {
     return database.startsWith(QLatin1String("postgresql:")) ||
            database.startsWith(QLatin1String("postgres:"));
+}
+
+QString allOptions(const PostgresAddress& address)
+{
+    QString options = address.options;
+    for (const auto& [key, value] : address.secrets) {
+        append(key, value, options);
+    }
+    return options;
 }
 
 PostgresAddress readPostgresAddress(const QString& text)

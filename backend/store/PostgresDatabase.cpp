@@ -59,7 +59,7 @@ PostgresDatabase::PostgresDatabase(const PostgresAddress& address)
     connection().setDatabaseName(address.database);
     connection().setUserName(address.user);
     connection().setPassword(address.password);
-    connection().setConnectOptions(address.options);
+    connection().setConnectOptions(allOptions(address));
     connect();
 }
 
