@@ -8,9 +8,10 @@
 
 void KvPlanData::initAuth(const QString& category)
 {
+    const QString asked = category; // the caller's text may change during a wait
     const auto ask = [&](QLatin1String key, QLatin1String granted, bool& right) {
         QString value;
-        if (Kv::requestAuthValue(category, key, value))
+        if (Kv::requestAuthValue(asked, key, value))
             right = value == granted;
     };
     const QLatin1String yes("true");

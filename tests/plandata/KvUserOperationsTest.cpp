@@ -72,6 +72,7 @@ private Q_SLOTS:
     void rightsOutliveTheCaches();
     void copyKeepsItsRights();
     void rightsAskedDuringTheAsking();
+    void categoryChangedDuringTheAsking();
 
     void settingIsLoaded();
     void settingThatIsNotThere();
@@ -286,6 +287,26 @@ void KvUserOperationsTest::rightsAskedDuringTheAsking()
     for (const KvTest::Request& request : m_server.requests())
         categories.append(request.queryValue("category").toLatin1());
     QCOMPARE(categories.join(' '), QByteArray("c inner inner inner inner inner c c c c"));
+}
+
+// The rights are those in one category, whatever the host does with its text meanwhile.
+void KvUserOperationsTest::categoryChangedDuringTheAsking()
+{
+    QString category = QStringLiteral("c");
+    m_server.enqueue(held(valueReply(grantOf(keys.first()))));
+    m_server.enqueue(Reply::json(QJsonObject())); // lets the held reply go
+    for (int i = 1; i < keys.size(); ++i)
+        m_server.enqueue(valueReply(grantOf(keys.at(i))));
+    duringTheWait([&] {
+        category = QStringLiteral("another");
+        QJsonObject setting;
+        QVERIFY(data().loadSetting(QStringLiteral("k"), setting));
+    });
+    data().initAuth(category);
+    QCOMPARE(m_server.requestCount(), 6);
+    for (const KvTest::Request& request : m_server.requests())
+        QVERIFY(!request.target.contains("category=another"));
+    QCOMPARE(rightsOf(data()), all);
 }
 
 void KvUserOperationsTest::settingIsLoaded()
