@@ -76,11 +76,13 @@ void addServeOptions(Options& options)
 }
 
 /// The pieces of large replies go back to the system when they are freed. Left alone, the C library keeps a
-/// gigabyte for each worker that ever answered for a plan of a million nodes.
+/// gigabyte for each worker that ever answered for a plan of a million nodes. Of what is made of small blocks
+/// each thread keeps some, or it would be asked for again, page by page, with every batch of nodes.
 void returnLargeBlocks()
 {
 #ifdef __GLIBC__
     mallopt(M_MMAP_THRESHOLD, 128 * 1024);
+    mallopt(M_TRIM_THRESHOLD, 32 * 1024 * 1024);
 #endif
 }
 

@@ -184,7 +184,9 @@ private:
             return restinio::http_header_fields_t::continue_enumeration();
         });
         request.authorization = request.authorization.trimmed();
-        request.body = QByteArray::fromStdString(handle->body());
+        // Not copied: it stays with the handle, which whoever has to respond holds.
+        request.body =
+            QByteArray::fromRawData(handle->body().data(), static_cast<int>(handle->body().size()));
         request.remoteAddress = QByteArray::fromStdString(handle->remote_endpoint().address().to_string());
 
         AccessEntry entry;

@@ -19,7 +19,7 @@ struct Request
     QByteArray method;        ///< upper case
     QByteArray target;        ///< path and query as they came
     QByteArray authorization; ///< the header's value, empty when there is none
-    QByteArray body;
+    QByteArray body;          ///< good until the request was responded to
     QByteArray remoteAddress;
     QByteArray id; ///< see nextRequestId()
 };

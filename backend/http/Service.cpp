@@ -79,6 +79,7 @@ void Service::run(const std::shared_ptr<Pending>& pending, Store& store)
         reply.lease = m_replyMemory.lease(reply.size());
     }
     pending->respond(std::move(reply));
+    store.tidyUp();
 }
 
 namespace {

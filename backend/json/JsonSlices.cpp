@@ -1,5 +1,7 @@
 #include "JsonSlices.h"
 
+#include <cstring>
+
 namespace PlanService {
 
 namespace {
@@ -84,16 +86,12 @@ public:
 private:
     void passString()
     {
-        for (++m_at; m_at < m_end; ++m_at) {
-            if (m_text[m_at] == '\\') {
-                ++m_at;
-            } else if (m_text[m_at] == '"') {
-                ++m_at;
-                return;
-            }
+        const char* const quote = stringEnd(m_text + m_at + 1, m_text + m_end);
+        m_at = static_cast<int>(quote - m_text);
+        if (m_at == m_end) {
+            throw JsonSplitError(m_end);
         }
-        m_at = m_end;
-        throw JsonSplitError(m_end);
+        ++m_at;
     }
 
     const char* m_text;
@@ -102,6 +100,26 @@ private:
 };
 
 } // namespace
+
+const char* stringEnd(const char* at, const char* end)
+{
+    const char* const begin = at;
+    for (; at < end; ++at) {
+        at = static_cast<const char*>(std::memchr(at, '"', static_cast<std::size_t>(end - at)));
+        if (at == nullptr) {
+            return end;
+        }
+        // Backslashes in front of it escape each other, and an odd one escapes the quote.
+        const char* escape = at;
+        while (escape > begin && escape[-1] == '\\') {
+            --escape;
+        }
+        if ((at - escape) % 2 == 0) {
+            return at;
+        }
+    }
+    return end;
+}
 
 QVector<JsonMember> splitObject(const QByteArray& json)
 {

@@ -36,6 +36,9 @@ private:
     int m_position;
 };
 
+/// Where the string ends whose first character is at @p at: at its closing quote, or at @p end when it has none.
+const char* stringEnd(const char* at, const char* end);
+
 /// The members of the object that @p json consists of, in order and without looking into the values: they
 /// only have to close their strings and brackets. A large text is parsed piece by piece this way; a tree of
 /// all its values would take several times its size. Throws JsonSplitError.

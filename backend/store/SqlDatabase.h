@@ -39,6 +39,8 @@ public:
     virtual void beginWriting() = 0;
     virtual void commit();
     virtual void rollback() noexcept;
+    /// See Store::tidyUp().
+    virtual void tidyUp() noexcept {}
 
     /// 0: there is no schema yet.
     virtual int schemaVersion() = 0;

@@ -74,6 +74,7 @@ public:
     void begin() override;
     void commit() override;
     void rollback() noexcept override;
+    void tidyUp() noexcept override { m_database->tidyUp(); }
 
 private:
     /// Rows of one statement. @return the places as addPlanNodes().

@@ -5,6 +5,8 @@
 #include <QSqlDriver>
 #include <QtEndian>
 
+#include <sqlite3.h>
+
 namespace PlanService {
 
 namespace {
@@ -13,6 +15,11 @@ namespace {
 // another program that holds the database.
 std::timed_mutex writers;
 constexpr std::chrono::seconds longestTurn{60};
+
+// From so many on the pages of the write-ahead log are moved to the file once the client has its answer;
+// where that does not come to pass, at the latest from so many on before it has.
+constexpr int manyLogPages = 1000;
+constexpr int mostLogPages = 16 * manyLogPages;
 
 const SqlWords& words()
 {
@@ -58,7 +65,8 @@ SqliteDatabase::SqliteDatabase(const QString& path)
     }
     // The driver and this program use the one SQLite library of the system.
     const QVariant handle = connection().driver()->handle();
-    m_patterns.addTo(*static_cast<sqlite3* const*>(handle.constData()));
+    m_handle = *static_cast<sqlite3* const*>(handle.constData());
+    m_patterns.addTo(m_handle);
 }
 
 SqliteDatabase::~SqliteDatabase()
@@ -75,6 +83,14 @@ void SqliteDatabase::setUp()
     execute(QStringLiteral("PRAGMA mmap_size = 268435456"));
     // A transaction that outgrows its cache writes its pages more than once.
     execute(QStringLiteral("PRAGMA cache_size = -65536"));
+    // In the place of SQLite's own, which moves the pages within the commit.
+    sqlite3_wal_hook(
+        m_handle,
+        [](void* database, sqlite3*, const char*, int pages) {
+            static_cast<SqliteDatabase*>(database)->m_logPages = pages;
+            return SQLITE_OK;
+        },
+        this);
 }
 
 void SqliteDatabase::beginReading()
@@ -96,7 +112,29 @@ void SqliteDatabase::beginWriting()
 void SqliteDatabase::commit()
 {
     SqlDatabase::commit();
+    if (m_logPages >= mostLogPages) {
+        emptyLog();
+    }
     m_turn = {};
+}
+
+void SqliteDatabase::tidyUp() noexcept
+{
+    if (m_logPages < manyLogPages) {
+        return;
+    }
+    // Not while others write, or the log would never come to an end. They see themselves how long it is.
+    const std::unique_lock<std::timed_mutex> turn(writers, std::try_to_lock);
+    if (turn.owns_lock()) {
+        emptyLog();
+    }
+}
+
+void SqliteDatabase::emptyLog() noexcept
+{
+    // What cannot be moved now, for want of room or because of readers, stays where it is, as safe as there.
+    sqlite3_wal_checkpoint_v2(m_handle, nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
+    m_logPages = 0;
 }
 
 void SqliteDatabase::rollback() noexcept

@@ -26,6 +26,7 @@ public:
     void beginWriting() override;
     void commit() override;
     void rollback() noexcept override;
+    void tidyUp() noexcept override;
     int schemaVersion() override;
     void beginMigration() override { beginWriting(); }
     void setSchemaVersion(int version) override;
@@ -37,7 +38,11 @@ private:
     void prepareForStatement() override { m_patterns.restart(longestSearch()); }
     [[noreturn]] void fail(const QSqlError& error) override;
 
+    void emptyLog() noexcept;
+
     SqlitePatterns m_patterns;
+    sqlite3* m_handle = nullptr;               ///< the driver's
+    int m_logPages = 0;                        ///< in the write-ahead log when this connection last wrote
     std::unique_lock<std::timed_mutex> m_turn; ///< held while this connection writes
 };
 

@@ -333,6 +333,9 @@ public:
     virtual void begin() = 0;
     virtual void commit() = 0;
     virtual void rollback() noexcept = 0;
+
+    /// Does what can wait until the client has its answer. Not to be called within a transaction.
+    virtual void tidyUp() noexcept = 0;
 };
 
 /// A transaction that is undone unless it reaches commit().

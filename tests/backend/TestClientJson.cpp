@@ -49,6 +49,10 @@ private Q_SLOTS:
             << QByteArray("{") + many(17) + quoted(",'k0':1}") << "k0"_s;
         QTest::newRow("seventeen keys, then the last")
             << QByteArray("{") + many(17) + quoted(",'k16':1}") << "k16"_s;
+        QTest::newRow("as deep as the parser goes")
+            << quoted("{'a':[],'a':") + QByteArray(1023, '[') << "a"_s;
+        QTest::newRow("behind what is too deep for the parser")
+            << QByteArray(1025, '[') + quoted("{'a':[],'a':[]}") << none;
         QTest::newRow("broken off") << quoted("{'a':[{'b':'\\") << none;
         QTest::newRow("brackets that close nothing") << quoted("}]}{'a':[],'a':1") << "a"_s;
     }

@@ -253,6 +253,43 @@ private Q_SLOTS:
         QCOMPARE(restored.value("SELECT count(*) FROM sqlite_master WHERE name = 'filler'"_s).toInt(), 0);
         QCOMPARE(restored.value("PRAGMA integrity_check"_s).toString(), "ok"_s);
     }
+
+    // What a transaction leaves in the write-ahead log goes into the file once the client has its answer, or,
+    // where nobody tidies up, when it is a lot.
+    void writeAheadLog_data()
+    {
+        QTest::addColumn<bool>("tidied");
+        QTest::addColumn<int>("mebibytes"); // in three transactions
+        QTest::addColumn<bool>("moved");
+        QTest::newRow("little") << true << 3 << false;
+        QTest::newRow("more, tidied up") << true << 15 << true;
+        QTest::newRow("more, to be tidied up") << false << 15 << false;
+        QTest::newRow("a lot, not tidied up") << false << 69 << true;
+    }
+
+    void writeAheadLog()
+    {
+        QFETCH(bool, tidied);
+        QFETCH(int, mebibytes);
+        QFETCH(bool, moved);
+        const auto store = openStore(m_path, MissingDatabase::Create);
+        const qint64 before = QFileInfo(m_path).size();
+        for (int part = 0; part < 3; ++part) {
+            Transaction transaction(*store);
+            store->setUserSetting("ann"_s, QString::number(part),
+                                  QByteArray(mebibytes * 1024 * 1024 / 3, 'x'));
+            transaction.commit();
+            if (tidied) {
+                store->tidyUp();
+            }
+        }
+        QCOMPARE(QFileInfo(m_path).size() > before + mebibytes * 1024 * 1024 / 2, moved);
+        // Its place in the log is used again.
+        const qint64 log = QFileInfo(m_path + "-wal"_s).size();
+        store->setUserSetting("ann"_s, "small"_s, "1");
+        QCOMPARE(QFileInfo(m_path + "-wal"_s).size() == log, moved);
+        QCOMPARE(store->userSetting("ann"_s, "2"_s).size(), mebibytes * 1024 * 1024 / 3);
+    }
 };
 
 QTEST_GUILESS_MAIN(TestSqliteFile)
