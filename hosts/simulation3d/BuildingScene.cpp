@@ -1,5 +1,6 @@
 #include "BuildingScene.h"
 
+#include "GraphicsCheck.h"
 #include "LooksTexture.h"
 
 #include <Qt3DCore/QAspectEngine>
@@ -34,7 +35,9 @@
 #include <Qt3DRender/QViewport>
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QTimer>
+#include <QtCore/QPointer>
+
+#include <cstring>
 
 using namespace Qt3DRender;
 
@@ -154,6 +157,34 @@ QAbstractTexture* newTarget(QRenderTarget* target, QRenderTargetOutput::Attachme
     return texture;
 }
 
+// Qt 3D asks one of its objects, in this thread, for a surface on which its drawing thread can clean up in
+// the end. When this thread is held up while that one starts, it asks before it has the object, and nothing
+// comes of it; to end it then ends the program. All that can be seen of it from here is whether such an
+// object is asked: each by one scene, the youngest that waits.
+class EndWatch : public QObject
+{
+public:
+    EndWatch() { QCoreApplication::instance()->installEventFilter(this); }
+
+    bool canEnd() const { return m_isAsked; }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        static QPointer<QObject> last;
+        if (event->type() != QEvent::MetaCall || watched == last ||
+            std::strcmp(watched->metaObject()->className(), "Qt3DRender::Render::OffscreenSurfaceHelper") !=
+                0)
+            return false;
+        last = watched;
+        m_isAsked = true;
+        QCoreApplication::instance()->removeEventFilter(this);
+        return false;
+    }
+
+private:
+    bool m_isAsked = false;
+};
+
 } // namespace
 
 struct BuildingScene::Parts
@@ -167,6 +198,7 @@ struct BuildingScene::Parts
         LooksTexture* shapes = nullptr;
     };
 
+    EndWatch end; // before what it watches
     Qt3DCore::QAspectEngine engine;
     Qt3DCore::QEntity* root = new Qt3DCore::QEntity;
     QRenderSettings* settings = new QRenderSettings(root);
@@ -223,18 +255,22 @@ BuildingScene::BuildingScene(QObject* surface, const QSize& pictureSize, QObject
     p.root->addComponent(p.settings);
     setViews(true, false);
 
+    // Qt 3D makes its context in this format, whatever that of the surface is; without a depth buffer what
+    // comes last in the file would stand in front.
+    QSurfaceFormat::setDefaultFormat(GraphicsCheck::format());
     p.engine.registerAspect(new QRenderAspect);
     p.engine.registerAspect(new Qt3DLogic::QLogicAspect);
     p.engine.setRootEntity(Qt3DCore::QEntityPtr(p.root));
-    QTimer::singleShot(0, this, [this] { m_isSettled = true; });
 }
 
 BuildingScene::~BuildingScene()
 {
-    // Qt 3D has asked itself to make a surface for its end, in an event that would be handled after it.
-    if (!m_isSettled)
+    if (!m_parts->end.canEnd()) // it may be asked already, in an event that was not handled yet
         QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
-    m_parts->engine.setRootEntity({});
+    if (m_parts->end.canEnd())
+        m_parts->engine.setRootEntity({});
+    else
+        m_parts.release(); // stays, without anything that it could draw on
 }
 
 void BuildingScene::setModel(const std::shared_ptr<const BuildingModel>& model)

@@ -50,5 +50,4 @@ public:
 private:
     struct Parts; // what Qt 3D holds
     std::unique_ptr<Parts> m_parts;
-    bool m_isSettled = false; // events were handled since it was made
 };

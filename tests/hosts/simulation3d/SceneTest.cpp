@@ -41,6 +41,17 @@ QImage draw(SceneRenderer& renderer)
     return image;
 }
 
+QImage onScreen(SimulationView& view)
+{
+    QImage image;
+    bool isDone = false;
+    view.takePicture([&](const QImage& taken) {
+        image = taken;
+        isDone = true;
+    });
+    return QTest::qWaitFor([&] { return isDone; }, 30000) ? image : QImage();
+}
+
 ElementLooks::Look solid(const QColor& colour, double share = 1.0,
                          Kv::QGrowthType growth = Kv::GrowBottomToTop)
 {
@@ -64,6 +75,7 @@ class SceneTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase() {}
     void thereIsOpenGl() { QCOMPARE(GraphicsCheck::fault(), QString()); }
 
     void elementsHaveTheirColours()
@@ -93,6 +105,48 @@ private Q_SLOTS:
             QCOMPARE(image.pixelColor(topOf(*model, 1, camera, size)),
                      round % 2 ? QColor(10, 20, 30) : QColor(Qt::blue));
         }
+    }
+
+    // Whatever the order of elements in the file.
+    void whatIsInFrontHidesWhatIsBehind_data()
+    {
+        QTest::addColumn<QStringList>("order");
+        QTest::newRow("roof last") << QStringList({QStringLiteral("ground"), QStringLiteral("roof")});
+        QTest::newRow("ground last") << QStringList({QStringLiteral("roof"), QStringLiteral("ground")});
+    }
+    void whatIsInFrontHidesWhatIsBehind()
+    {
+        QFETCH(QStringList, order);
+        QVector<NamedBox> boxes;
+        for (const QString& name : order) {
+            const float low = name == QStringLiteral("roof") ? 3.0F : 0.0F;
+            boxes.append({name, {0, low, 0}, {8, low + 1, 8}});
+        }
+        const auto model = std::make_shared<const BuildingModel>(Models::data(boxes), QSet<QString>());
+        const int roof = model->elementOf(QStringLiteral("roof"));
+        const QSize size(320, 240);
+        const SceneCamera camera = fromAbove(*model, 320.0 / 240.0);
+        const auto paint = [&](ElementLooks& looks) {
+            looks.set(roof, solid(Qt::blue));
+            looks.set(1 - roof, solid(Qt::red));
+        };
+        SceneRenderer renderer(model, size, true, false);
+        renderer.setCamera(camera);
+        paint(renderer.looks(BuildingScene::Planned));
+        QCOMPARE(draw(renderer).pixelColor(topOf(*model, roof, camera, size)), QColor(Qt::blue));
+
+        SimulationView view;
+        view.resize(size);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        view.setModel(model);
+        view.setCamera(camera);
+        paint(*view.looks(BuildingScene::Planned));
+        view.update3d();
+        // Nothing is drawn until all triangles are there.
+        const QPoint place = topOf(*model, roof, camera, size);
+        QTRY_VERIFY_WITH_TIMEOUT(onScreen(view).pixelColor(place) != QColor(Qt::white), 30000);
+        QCOMPARE(onScreen(view).pixelColor(place), QColor(Qt::blue));
     }
 };
 
