@@ -1,8 +1,9 @@
 #!/bin/bash
-# What more processes on one PostgreSQL database bring, and what a read of a whole plan costs against a static file:
+# How a site grows, and what a read of a whole plan costs against a static file:
 #   benchmarks/scaling.sh [PLANSERVICE] [SECONDS]
-# One and two processes behind the same nginx answer for single nodes: requests a second, and CPU time of all
-# planservice processes a request, which tells where cores are too few to show the first. Then nginx serves the bytes of
+# One process on SQLite, then one, two, and one with a replica on PostgreSQL behind the same nginx, answer for single nodes:
+# requests a second, and CPU time of all planservice processes and of each server a request, which tells where cores are
+# too few to show the first; and how long it takes to store a setting. Then nginx serves the bytes of
 # a plan of 10,000 nodes as a file, and planservice, on SQLite, the plan itself.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -15,7 +16,7 @@ end() {
     rm -rf "$work"
 }
 trap end EXIT
-for program in wrk nginx pg_virtualenv curl; do
+for program in wrk nginx pg_virtualenv psql curl; do
     PATH=$PATH:/usr/sbin command -v "$program" >/dev/null || { echo "scaling.sh: $program is missing" >&2; exit 1; }
 done
 
@@ -28,7 +29,33 @@ cpu() {
     done
     echo "$sum"
 }
-# load URL [PID...]: requests a second, errors and CPU microseconds of the processes a request
+# Of a PostgreSQL server and all that it has started, by its address.
+cpu_of_server() {
+    local any main pid stat sum
+    any=$(psql -AtX -c "SELECT pid FROM pg_stat_activity WHERE backend_type = 'checkpointer'" "$1")
+    read -r -a stat <"/proc/$any/stat"
+    main=${stat[3]}
+    read -r -a stat <"/proc/$main/stat"
+    sum=$((stat[13] + stat[14] + stat[15] + stat[16]))
+    for pid in $(pgrep -P "$main"); do
+        ! read -r -a stat 2>/dev/null <"/proc/$pid/stat" || sum=$((sum + stat[13] + stat[14]))
+    done
+    echo "$sum"
+}
+# per_request BEFORE AFTER RATE: ticks of a run of these seconds as microseconds a request.
+per_request() {
+    awk -v t=$(($2 - $1)) -v n="$3" -v s="$((seconds + 1))" -v hz="$(getconf CLK_TCK)" \
+        'BEGIN { printf "%.0f\n", t * 1e6 / hz / (n * s) }'
+}
+# Median milliseconds of one client that stores a setting.
+store_time() {
+    echo 'wrk.method = "PUT"; wrk.body = "{\"value\": 1}"' >"$work/put.lua"
+    wrk -t 1 -c 1 -d "$seconds" --latency -s "$work/put.lua" "$1" >"$work/wrk"
+    ! grep -q 'Non-2xx\|Socket errors' "$work/wrk" || { cat "$work/wrk" >&2; exit 1; }
+    awk '$1 == "50%" { v = $2; f = v ~ /us$/ ? 0.001 : v ~ /ms$/ ? 1 : 1000; sub(/[a-z]+$/, "", v)
+                       printf "%.2f\n", v * f }' "$work/wrk"
+}
+# load URL [PID...]: requests a second, and CPU microseconds of the processes a request
 load() {
     local url=$1 before after requests
     shift
@@ -44,21 +71,55 @@ load() {
 
 cores=$(nproc)
 echo "$cores cores, load before $(cut -d ' ' -f 1 /proc/loadavg)"
-for count in 1 2; do
-    mkfifo "$work/ready.$count"
-    "$here/backend/deploy/set.sh" --program "$service" --processes "$count" --port 0 -- --log /dev/null \
-        >"$work/ready.$count" &
+
+node_of() {
+    curl -fs "$1" | grep -oE '"_id":"[^"]+"' | sed -n 3p | cut -d '"' -f 4
+}
+plan_of() {
+    sed -E 's/.*"planId":"([^"]+)".*/\1/'
+}
+
+plan=$("$service" seed --database "$work/small.db" --json | plan_of)
+mkfifo "$work/ready.small"
+"$service" serve --database "$work/small.db" --port 0 --log /dev/null >"$work/ready.small" &
+running=($!)
+read -r ready <"$work/ready.small"
+front=${ready##* }
+node=$(node_of "${front}task-service/plans/$plan")
+read -r rate cost < <(load "${front}task-service/planNodes/$node" "${running[0]}")
+echo "SQLite, 1 planservice: $rate nodes a second, $cost us of its CPU time each;" \
+    "a setting is stored in $(store_time "${front}user-service/settings/k") ms"
+kill "${running[0]}"
+wait "${running[0]}"
+running=()
+
+for kind in "1 0" "2 0" "1 1"; do
+    read -r count replicas <<<"$kind"
+    mkfifo "$work/ready.$count.$replicas"
+    "$here/backend/deploy/set.sh" --program "$service" --processes "$count" --replicas "$replicas" --port 0 \
+        -- --log /dev/null >"$work/ready.$count.$replicas" &
     set=$!
     running=("$set")
-    read -r ready <"$work/ready.$count"
+    read -r ready <"$work/ready.$count.$replicas"
     folder=${ready##* }
     front=${ready#*listening on } front=${front%% *}
-    plan=$("$service" seed --database "$(cat "$folder/database")" --json | sed -E 's/.*"planId":"([^"]+)".*/\1/')
-    node=$(curl -fs "${front}task-service/plans/$plan" | grep -oE '"_id":"[^"]+"' | sed -n 3p | cut -d '"' -f 4)
+    plan=$("$service" seed --database "$(cat "$folder/database")" --json | plan_of)
+    node=$(node_of "${front}task-service/plans/$plan")
     mapfile -t pids <"$folder/pids"
+    servers=("$folder/postgres/address"*)
+    before=() server_costs=
+    for i in "${!servers[@]}"; do
+        before[i]=$(cpu_of_server "$(cat "${servers[i]}")postgres")
+    done
     read -r rate cost < <(load "${front}task-service/planNodes/$node" "${pids[@]}")
-    echo "PostgreSQL, $count planservice: $rate nodes a second, $cost us of their CPU time each"
-    rates[count]=$rate costs[count]=$cost
+    for i in "${!servers[@]}"; do
+        server_costs+=" $(per_request "${before[i]}" "$(cpu_of_server "$(cat "${servers[i]}")postgres")" "$rate")"
+    done
+    echo "PostgreSQL, $count planservice, $replicas replicas: $rate nodes a second, $cost us of planservice's CPU time each," \
+        "of the servers'$server_costs us; a setting is stored in $(store_time "${front}user-service/settings/k") ms"
+    if [ "$replicas" = 0 ]; then
+        rates[count]=$rate costs[count]=$cost
+    fi
     kill "$set"
     wait "$set"
     running=()
@@ -66,8 +127,7 @@ done
 awk -v a="${rates[1]}" -v b="${rates[2]}" -v c="${costs[1]}" -v d="${costs[2]}" \
     'BEGIN { printf "two against one: %.2f in throughput, %.2f in CPU time a request\n", b / a, d / c }'
 
-"$service" seed --database "$work/plans.db" --nodes 10000 --json >"$work/seeded"
-plan=$(sed -E 's/.*"planId":"([^"]+)".*/\1/' "$work/seeded")
+plan=$("$service" seed --database "$work/plans.db" --nodes 10000 --json | plan_of)
 mkfifo "$work/ready"
 "$service" serve --database "$work/plans.db" --port 0 --log /dev/null >"$work/ready" &
 running=($!)

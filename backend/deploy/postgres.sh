@@ -1,6 +1,7 @@
 #!/bin/sh
 # A PostgreSQL server to throw away, made by pg_virtualenv, as root or not.
-#   postgres.sh start FOLDER          starts it; FOLDER/address then holds its address
+#   postgres.sh start FOLDER [N]      starts it; FOLDER/address then holds its address. With N, as many replicas follow it,
+#                                     at FOLDER/address.1 and so on: a commit is answered when all of them show it
 #   postgres.sh stop FOLDER           ends it with all its data
 #   postgres.sh run FOLDER COMMAND…   runs the command with the address in KV_TEST_DATABASE
 # When the process that called start is killed, the server notices and ends too. What a crash of the machine loses is
@@ -9,6 +10,7 @@ set -eu
 action=$1
 folder=$2
 shift 2
+here=$(cd "$(dirname "$0")" && pwd)
 
 case $action in
 start)
@@ -22,9 +24,11 @@ start)
     # shellcheck disable=SC2016
     setsid pg_virtualenv -t -o fsync=off -o full_page_writes=off -o max_connections=300 \
         -c "--port=$port --locale=C.UTF-8 --encoding=UTF8" \
-        sh -c 'echo "postgresql://$PGUSER:$PGPASSWORD@$PGHOST:$PGPORT/" >"$1/address.new"
+        sh -c '"$4/replicas.sh" start "$1" "$3" || exit 1
+            echo "postgresql://$PGUSER:$PGPASSWORD@$PGHOST:$PGPORT/" >"$1/address.new"
             mv "$1/address.new" "$1/address"
-            while [ ! -e "$1/stop" ] && kill -0 "$2" 2>/dev/null; do sleep 0.2; done' sh "$folder" "$PPID" \
+            while [ ! -e "$1/stop" ] && kill -0 "$2" 2>/dev/null; do sleep 0.2; done
+            "$4/replicas.sh" stop "$1" "$3"' sh "$folder" "$PPID" "${1:-0}" "$here" \
         >"$folder/log" 2>&1 </dev/null &
     server=$!
     while [ ! -e "$folder/address" ]; do

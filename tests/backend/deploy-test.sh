@@ -8,15 +8,28 @@ fail() {
     exit 1
 }
 mkfifo "$work/ready"
-"$script" --program "$program" --processes 2 --port 0 >"$work/ready" 2>"$work/errors" &
-set=$!
 trap 'kill "$set" 2>/dev/null || true; wait "$set" || true; rm -rf "$work"' EXIT
-read -r ready <"$work/ready" || fail "the set did not start: $(cat "$work/errors")"
-folder=${ready##* }
-front=${ready#*listening on } front=${front%% *}
-database=$(cat "$folder/database")
-mapfile -t ports <"$folder/ports"
-mapfile -t pids <"$folder/pids"
+# start [OPTION...]: a set with two processes more than these options say.
+start() {
+    "$script" --program "$program" --processes 2 --port 0 "$@" >"$work/ready" 2>"$work/errors" &
+    set=$!
+    read -r ready <"$work/ready" || fail "the set did not start: $(cat "$work/errors")"
+    folder=${ready##* }
+    front=${ready#*listening on } front=${front%% *}
+    database=$(cat "$folder/database")
+    mapfile -t ports <"$folder/ports"
+    mapfile -t pids <"$folder/pids"
+}
+# Ends it, with all of it.
+finish() {
+    kill "$set"
+    wait "$set" || fail "the set ended with code $?"
+    for pid in "${pids[@]}"; do
+        ! kill -0 "$pid" 2>/dev/null || fail "process $pid still runs"
+    done
+    [ ! -e "$folder" ] || fail "the set left $folder behind"
+}
+start
 [ ${#pids[@]} -eq 2 ] || fail "there are ${#pids[@]} processes"
 
 # Status of a request; the reply goes to $work/reply.
@@ -61,9 +74,21 @@ wait "${clients[@]}"
 [ "$(sort -u "$work"/client.*)" = 200 ] || fail "the clients got $(sort "$work"/client.* | uniq -c | tr '\n' ' ')"
 is "$(status "${with[@]}" -X PUT -d '{"value": 4}' "${front}user-service/settings/k")" 200 "one process is enough"
 
-kill "$set"
-wait "$set" || fail "the set ended with code $?"
-for pid in "${pids[@]}"; do
-    ! kill -0 "$pid" 2>/dev/null || fail "process $pid still runs"
+finish
+
+# With a replica, which answers what reads, and shows what was written as soon as the writer knows.
+start --replicas 1
+[ ${#pids[@]} -eq 3 ] || fail "there are ${#pids[@]} processes beside a replica"
+reader=http://127.0.0.1:${ports[2]}/
+is "$(status -X PUT -d '{"value": 0}' "${reader}user-service/settings/k")" 503 "a replica changes nothing"
+grep -q '"readOnly"' "$work/reply" || fail "the replica said $(cat "$work/reply")"
+for ((round = 1; round <= 100; ++round)); do
+    is "$(status -X PUT -d "{\"value\": $round}" "${front}user-service/settings/k")" 200 "a writer writes"
+    is "$(status "${front}user-service/settings/k")" 200 "somebody reads"
+    [ "$(cat "$work/reply")" = "{\"value\":$round}" ] || fail "after $round was written the front said $(cat "$work/reply")"
 done
-[ ! -e "$folder" ] || fail "the set left $folder behind"
+[ "$(grep -c '"GET".*/user-service/settings' "$folder/log.3")" = 100 ] || fail "the replica was not who read: $(cat "$folder/log.3")"
+# Without the process on the replica the others read.
+kill -KILL "${pids[2]}"
+is "$(status "${front}user-service/settings/k")" 200 "writers read where no reader does"
+finish
