@@ -26,8 +26,9 @@ void report(const std::string& title, double ratio, double limit);
 /// Prints the lines of a program that has no benchmarks, as runBenchmarks() does; @p program: its argv[0].
 int printReports(const std::string& program);
 
-/// Keeps this thread, and those it starts from now on, on one processor. For programs that ask no service,
-/// which would have to share it.
+/// Keeps this thread, and those it starts from now on, on one processor, and has lines compare processor
+/// times, which what else the machine does hardly changes. For programs that ask no service while they
+/// measure: it would have to share the processor, and its time would not count.
 void stayOnOneProcessor();
 
 /// Runs all benchmarks of the program nine times each, in turns, and prints the medians and the ratios.

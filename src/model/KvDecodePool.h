@@ -1,6 +1,7 @@
 #pragma once
 
 #include <model/KvJsonMembers.h>
+#include <model/KvKeptValues.h>
 
 #include <QtCore/QCborValue>
 #include <QtCore/QDateTime>
@@ -18,8 +19,7 @@ namespace Kv {
 ///
 /// The nodes of a plan share their plan, project, category and people, and start and finish on a few hundred
 /// working days. Sharing the text saves most of a plan's memory; remembering dates saves the time-zone
-/// look-up that every local date-time costs. What is read does not depend on what the pool holds. Its size is
-/// fixed: a newcomer takes the place that its hash gives it.
+/// look-up that every local date-time costs. What is read does not depend on what the pool holds.
 class KvDecodePool
 {
 public:
@@ -30,8 +30,8 @@ public:
     QString shared(const QString& text);
 
     /// The same for a map of lists, and for the keys of one that is not shared.
-    QMap<QString, QStringList> shared(const QMap<QString, QStringList>& map);
-    void shareKeys(QMap<QString, QStringList>& map);
+    KvTextLists shared(const KvTextLists& map);
+    void shareKeys(KvTextLists& map);
 
     /// The text of a member that mostly equals that of the record before, as the plan of a plan's nodes does:
     /// it is then not even read again.
@@ -53,34 +53,6 @@ public:
     QStringList repeatedIdList(const QCborValue& value);
 
 private:
-    template<class Value>
-    struct Entry
-    {
-        QString text; // empty only while the place is free
-        Value value;
-    };
-
-    template<class Value>
-    Entry<Value>& place(QVector<Entry<Value>>& entries, const QString& text)
-    {
-        if (entries.isEmpty())
-            entries.resize(m_placeCount);
-        return entries[int(placeOf(text) & uint(m_placeCount - 1))];
-    }
-
-    template<class Value, class Make>
-    const Value& find(QVector<Entry<Value>>& entries, const QString& text, Make make)
-    {
-        Entry<Value>& entry = place(entries, text);
-        if (entry.text != text) {
-            entry.value = make(text);
-            entry.text = text;
-        }
-        return entry.value;
-    }
-
-    static uint placeOf(const QString& text);
-
     template<class Value>
     struct Last
     {
@@ -108,16 +80,15 @@ private:
         return lasts[member.field()].of(member.value(), make);
     }
 
-    const int m_placeCount; // a power of two
     // By field. Fields of different records may share a place: what is made depends on the value alone.
     QVector<Last<QString>> m_lastTexts;
     QVector<Last<QDateTime>> m_lastDates;
     Last<QStringList> m_lastList;
-    QVector<Entry<QString>> m_texts;
-    QVector<Entry<QDateTime>> m_dates;
-    QVector<Entry<QDateTime>> m_exchangeDates;
-    QVector<Entry<QStringList>> m_singles;             // lists of one identifier, by that identifier
-    QVector<Entry<QMap<QString, QStringList>>> m_maps; // by their first key
+    KvKeptValues<QString, QString> m_texts;
+    KvKeptValues<QString, QDateTime> m_dates;
+    KvKeptValues<QString, QDateTime> m_exchangeDates;
+    KvKeptValues<QString, QStringList> m_singles; // lists of one identifier, by that identifier
+    KvKeptValues<KvTextLists, KvTextLists> m_maps;
 };
 
 } // namespace Kv

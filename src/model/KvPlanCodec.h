@@ -37,7 +37,8 @@ KvDuration jsonObjectToDuration(const QJsonObject& in);
 /// The same for one of many, and for the exchange format, which writes durations alike.
 void readDuration(const QCborMap& in, KvDuration& out);
 QJsonObject durationToJsonObject(const KvDuration& in);
-QJsonObject durationToJsonObject(const KvDuration& in, KvEncodePool& pool);
+/// The same for one of many.
+QJsonValue durationToJsonValue(const KvDuration& in, KvEncodePool& pool);
 
 KvDocument jsonObjectToDocument(const QJsonObject& in);
 

@@ -34,6 +34,17 @@ QString byteAsText(int code)
     return (*texts)[static_cast<std::size_t>(code & 0xff)];
 }
 
+// The text of one that is not in local time also says its offset, so only local ones are told by their clock.
+QJsonValue dateText(const QDateTime& dateTime, Kv::KvEncodePool& pool)
+{
+    const auto text = [&](const Kv::KvWallClock&) {
+        return QJsonValue(dateTime.toString(Qt::ISODate));
+    };
+    const Kv::KvWallClock time = Kv::wallClock(dateTime);
+    const bool isLocal = dateTime.isValid() && dateTime.timeSpec() == Qt::LocalTime;
+    return isLocal ? pool.exchangeDates.of(time, text) : text(time);
+}
+
 // The tables below stand in ascending order of the keys, as a JSON object does. One key a line, however long.
 // clang-format off
 
@@ -73,10 +84,10 @@ const Kv::KvField<KvPlanNode> taskFields[] = {
 // Without "Milestone", and with the predecessors under the service's keys, which the reader does not know: kept
 // for compatibility with existing hosts that read these files.
 const Kv::KvWrittenField<KvPlanNode> writtenTaskFields[] = {
-    {QLatin1String("Duration"), [](Task n, Written p) { return QJsonValue(Kv::durationToJsonObject(n.duration, p)); }},
+    {QLatin1String("Duration"), [](Task n, Written p) { return Kv::durationToJsonValue(n.duration, p); }},
     {QLatin1String("DurationText"), [](Task n, Written) { return QJsonValue(n.durationText); }},
-    {QLatin1String("Finish"), [](Task n, Written) { return QJsonValue(n.finishDate.toString(Qt::ISODate)); }},
-    {QLatin1String("FinishSlack"), [](Task n, Written p) { return QJsonValue(Kv::durationToJsonObject(n.finishSlack, p)); }},
+    {QLatin1String("Finish"), [](Task n, Written p) { return dateText(n.finishDate, p); }},
+    {QLatin1String("FinishSlack"), [](Task n, Written p) { return Kv::durationToJsonValue(n.finishSlack, p); }},
     {QLatin1String("FinishText"), [](Task n, Written) { return QJsonValue(n.finishText); }},
     {QLatin1String("GUID"), [](Task n, Written) { return QJsonValue(n.guid); }},
     {QLatin1String("ID"), [](Task n, Written) { return QJsonValue(n.planNodeId); }},
@@ -84,7 +95,7 @@ const Kv::KvWrittenField<KvPlanNode> writtenTaskFields[] = {
     {QLatin1String("Notes"), [](Task n, Written) { return QJsonValue(n.notes); }},
     {QLatin1String("ParentTask"), [](Task n, Written) { return QJsonValue(n.parentTaskId); }},
     {QLatin1String("Predecessors"), [](Task n, Written p) { return QJsonValue(Kv::predecessorsToJsonArray(n.predecessors, p)); }},
-    {QLatin1String("Start"), [](Task n, Written) { return QJsonValue(n.startDate.toString(Qt::ISODate)); }},
+    {QLatin1String("Start"), [](Task n, Written p) { return dateText(n.startDate, p); }},
     {QLatin1String("StartText"), [](Task n, Written) { return QJsonValue(n.startText); }},
     {QLatin1String("Summary"), [](Task n, Written) { return QJsonValue(n.summary); }},
     {QLatin1String("Type"), [](Task n, Written) { return QJsonValue(n.type); }},
@@ -151,7 +162,7 @@ void planToJsonObjectMPXJ(const KvPlan& in, QJsonObject& out)
 {
     out.insert(QLatin1String("Name"), in.name);
     QJsonArray nodes;
-    Kv::KvEncodePool pool;
+    Kv::KvEncodePool pool(in.planNodes.size());
     for (const KvPlanNode& node : in.planNodes)
         nodes.append(taskObject(node, pool));
     out.insert(QLatin1String("AllPlanNodes"), nodes);

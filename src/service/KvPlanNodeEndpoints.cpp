@@ -29,12 +29,10 @@ void appendPlanNodes(const QList<QJsonObject>& objects, QList<KvPlanNode>& nodes
 }
 
 // What has to be sent of `edited`: the values that `cached` does not have.
-QJsonObject changedValues(const KvPlanNode& cached, const KvPlanNode& edited)
+QJsonObject changedValues(const KvPlanNode& cached, const KvPlanNode& edited, KvEncodePool& pool)
 {
-    QJsonObject before;
-    QJsonObject changes;
-    planNodeToJsonObject(cached, before, true);
-    planNodeToJsonObject(edited, changes, true);
+    const QJsonObject before = planNodeToJsonObject(cached, true, pool);
+    QJsonObject changes = planNodeToJsonObject(edited, true, pool);
     KvPub::removeCommonJsonValue(before, changes);
     return changes;
 }
@@ -106,7 +104,7 @@ bool requestCreatePlanNodes(const QString& planId, QList<KvPlanNode>& nodes)
 {
     const QString project = currentProject();
     QJsonArray body;
-    KvEncodePool pool;
+    KvEncodePool pool(nodes.size());
     for (KvPlanNode& node : nodes) {
         node.projectId = project;
         body.append(planNodeToJsonObject(node, true, pool));
@@ -124,7 +122,8 @@ bool requestCreatePlanNodes(const QString& planId, QList<KvPlanNode>& nodes)
 
 bool requestUpdatePlanNode(const KvPlanNode& cached, KvPlanNode& node)
 {
-    const QJsonObject changes = changedValues(cached, node);
+    KvEncodePool pool;
+    const QJsonObject changes = changedValues(cached, node, pool);
     if (changes.isEmpty()) {
         node = cached; // also resets what the service's JSON does not carry
         return true;
@@ -136,8 +135,9 @@ bool requestUpdatePlanNode(const KvPlanNode& cached, KvPlanNode& node)
 bool requestUpdatePlanNodes(const QList<QPair<KvPlanNode, KvPlanNode>>& changes, QList<KvPlanNode>& nodes)
 {
     QJsonArray body;
+    KvEncodePool pool(changes.size());
     for (const QPair<KvPlanNode, KvPlanNode>& change : changes) {
-        QJsonObject values = changedValues(change.first, change.second);
+        QJsonObject values = changedValues(change.first, change.second, pool);
         if (values.isEmpty())
             continue;
         values.insert(QLatin1String("_id"), change.second.id);
