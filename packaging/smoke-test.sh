@@ -88,6 +88,9 @@ export KV_BASE_API=${ready##* } KV_PROJECT_ID=sample-project KV_SETTINGS_DIR=$wo
 "$prefix/bin/planviewer" --version
 said=$(QT_QPA_PLATFORM=offscreen "$prefix/libexec/planviewer/planviewer-model" 2>&1) || true
 [[ "$said" == "usage: planviewer-model FILE"* ]] || fail "planviewer's reader of models does not start: $said"
+"$kvplan" simulate --help | grep -q -- --model || fail "kvplan simulate tells no options"
+said=$(env -u DISPLAY -u WAYLAND_DISPLAY "$kvplan" simulate "$plan" "$work/frames" --model "$work/tower.gltf" 2>&1) || true
+[[ "$said" == *"there is no display server"* ]] || fail "what draws the simulation does not start: $said"
 KV_PROJECT_ID=sample-project QT_QPA_PLATFORM=offscreen "$prefix/bin/planviewer" --language en --plan "$plan" \
     --gantt "$work/gantt.svg"
 grep -q '<svg' "$work/gantt.svg" || fail "planviewer does not draw the plan"

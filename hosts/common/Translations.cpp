@@ -7,14 +7,19 @@
 
 namespace {
 
+QString& programsFolder()
+{
+    static QString folder = QCoreApplication::applicationDirPath();
+    return folder;
+}
+
 // "en-GB" is read from kvplandata_en_GB.qm or kvplandata_en.qm.
 bool loadCatalogue(QTranslator& translator, const QString& catalogue, const QString& language)
 {
     const QString name =
         catalogue + QLatin1Char('_') + QString(language).replace(QLatin1Char('-'), QLatin1Char('_'));
-    const QString program = QCoreApplication::applicationDirPath();
-    return translator.load(name, program + QLatin1String("/translations")) ||
-           translator.load(name, program + QLatin1Char('/') + QStringLiteral(KV_TRANSLATIONS_PATH));
+    return translator.load(name, QCoreApplication::applicationDirPath() + QLatin1String("/translations")) ||
+           translator.load(name, programsFolder() + QLatin1Char('/') + QStringLiteral(KV_TRANSLATIONS_PATH));
 }
 
 bool isChinese(const QString& language)
@@ -57,6 +62,11 @@ void install(const QString& catalogue, bool (*isOfSources)(const QString&))
 }
 
 } // namespace
+
+void setProgramsFolder(const QString& folder)
+{
+    programsFolder() = folder;
+}
 
 void installTranslations()
 {

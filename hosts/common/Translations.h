@@ -2,6 +2,10 @@
 
 class QString;
 
+/// The folder of the programs that people start, from which the installed catalogues are found; of a program
+/// that is installed elsewhere. To be called before the others here.
+void setProgramsFolder(const QString& folder);
+
 /// Has the library's labels translated into the user's language, as the locale tells it: the first of the
 /// user's languages that there is a catalogue for. Chinese needs none; whoever reads neither that nor any of
 /// the others gets English. Catalogues are looked for in the folder "translations" beside the program, then

@@ -1,6 +1,7 @@
 #include "Arguments.h"
 
 #include "Output.h"
+#include "RecordValues.h"
 #include "Session.h"
 
 #include <KvNetwork/KvBaseApi.h>
@@ -65,6 +66,8 @@ QString meaningOf(const QString& positional, const QString& command)
         return QStringLiteral("Key of the setting.");
     if (name == QLatin1String("JSON"))
         return QStringLiteral("What it becomes, as JSON.");
+    if (name == QLatin1String("OUTPUT"))
+        return QStringLiteral("Folder of the frames, or file of the picture.");
     if (command == QLatin1String("save"))
         return QStringLiteral("Tasks as JSON; \"-\" is the standard input.");
     if (name == QLatin1String("NAME"))
@@ -185,6 +188,33 @@ bool Arguments::readDay(const char* option, QDate& day)
     day = QDate::fromString(value(option), QStringLiteral("yyyy-MM-dd"));
     return day.isValid() || refuse(QStringLiteral("--%1 takes a day as in 2026-03-05, not \"%2\"")
                                        .arg(QLatin1String(option), value(option)));
+}
+
+bool Arguments::readDecimal(const char* option, double lowest, double highest, double& number)
+{
+    if (!isSet(option))
+        return true;
+    bool isNumber = false;
+    const double read = value(option).toDouble(&isNumber);
+    // Written so that what is no number at all is refused too.
+    if (!isNumber || !(read >= lowest && read <= highest))
+        return refuse(QStringLiteral("--%1 takes a number from %2 to %3, not \"%4\"")
+                          .arg(QLatin1String(option))
+                          .arg(lowest)
+                          .arg(highest)
+                          .arg(value(option)));
+    number = read;
+    return true;
+}
+
+bool Arguments::readMoment(const char* option, QDateTime& moment)
+{
+    if (!isSet(option))
+        return true;
+    const QString text = value(option);
+    return (!text.isEmpty() && fromJson(text, moment)) ||
+           refuse(QStringLiteral("--%1 takes a date as in 2026-03-05 or 2026-03-05T08:00, not \"%2\"")
+                      .arg(QLatin1String(option), text));
 }
 
 bool Arguments::checkIdentifier(const char* option)

@@ -33,6 +33,16 @@ public:
     /// @return false when it is something else; the command is then to end with exitCode().
     bool readDay(const char* option, QDate& day);
 
+    /// Reads an option's value as a number, with a decimal point if need be, from @p lowest to @p highest;
+    /// @p number stays when it is left out.
+    /// @return false when it is something else; the command is then to end with exitCode().
+    bool readDecimal(const char* option, double lowest, double highest, double& number);
+
+    /// Reads an option's value as a date with or without a time, in the site's time; without one it is the
+    /// beginning of the day. @p moment stays when the option is left out.
+    /// @return false when it is something else; the command is then to end with exitCode().
+    bool readMoment(const char* option, QDateTime& moment);
+
     /// @return false when the value of @p option is no identifier that can be asked for; the command is then
     /// to end with exitCode().
     bool checkIdentifier(const char* option);

@@ -12,6 +12,8 @@ enum ExitCode
     OutputFailed = 3,
     BadData = 4,
     NotAgreed = 5,
+    CannotDraw = 6,
+    Canceled = 130, ///< by Ctrl+C, the number that shells give that
 };
 
 /// Keeps the numbers of the three standard streams taken. To be called before anything else is opened: with a

@@ -52,6 +52,7 @@ void Progress::show(qint64 done, qint64 total)
 {
     if (!m_isTerminal || m_clock.elapsed() < m_nextAt)
         return;
+    m_tick.stop(); // whose seconds would stand in turns with this
     m_nextAt = m_clock.elapsed() + 100;
     write(QStringLiteral("%1 … %2 %").arg(m_step).arg(total > 0 ? 100 * done / total : 100));
 }

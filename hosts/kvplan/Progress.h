@@ -20,7 +20,8 @@ public:
     /// For work that can be expected to be long and handles no events: tells the step at once.
     void begin();
 
-    /// For work that handles no events: call it often; @p done of @p total.
+    /// Instead of the seconds, for work that handles no events or can be counted: call it often; @p done of
+    /// @p total.
     void show(qint64 done, qint64 total);
 
 private:

@@ -16,16 +16,6 @@
 
 namespace {
 
-bool readDate(Arguments& line, const char* option, QDateTime& date)
-{
-    if (!line.isSet(option))
-        return true;
-    const QString text = line.value(option);
-    return (!text.isEmpty() && fromJson(text, date)) ||
-           line.refuse(QStringLiteral("--%1 takes a date as in 2026-03-05 or 2026-03-05T08:00, not \"%2\"")
-                           .arg(QLatin1String(option), text));
-}
-
 // "FILE", "FILE,PREVIEW" or "FILE,PREVIEW,TIME".
 bool readMedia(Arguments& line, QList<KvMedia>& media)
 {
@@ -55,8 +45,8 @@ bool readResponse(Arguments& line, KvPlanNodeResponse& response)
     if (response.documentIds.contains(QString()))
         return line.refuse(QStringLiteral("--document takes the identifier of a document"));
     return line.readNumber("percent", 1, 100, response.percentage) &&
-           readDate(line, "start", response.actualStartDate) &&
-           readDate(line, "finish", response.actualFinishDate) && readMedia(line, response.media);
+           line.readMoment("start", response.actualStartDate) &&
+           line.readMoment("finish", response.actualFinishDate) && readMedia(line, response.media);
 }
 
 QString percent(int percentage)

@@ -14,9 +14,14 @@ QByteArray bytesOfTheFile()
 
 } // namespace
 
-void addSettingsOptions(Arguments& line)
+void addSettingsFolderOption(Arguments& line)
 {
     line.addOption("settings-dir", "folder", "Folder of the settings file [KV_SETTINGS_DIR].");
+}
+
+void addSettingsOptions(Arguments& line)
+{
+    addSettingsFolderOption(line);
     line.addJsonOption();
 }
 

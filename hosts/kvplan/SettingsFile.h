@@ -5,7 +5,10 @@
 
 #include <QtCore/QByteArray>
 
-/// The options --json and --settings-dir, which all commands on settings have.
+/// The option --settings-dir, of all commands that take settings into account.
+void addSettingsFolderOption(Arguments& line);
+
+/// The same and --json, which all commands on settings have.
 void addSettingsOptions(Arguments& line);
 
 /// Takes the folder that --settings-dir names. @return false when that is empty; the command is then to end.

@@ -8,6 +8,7 @@
 #include "SaveCommand.h"
 #include "SettingsCommand.h"
 #include "ShowCommand.h"
+#include "SimulateCommand.h"
 #include "StateCommand.h"
 #include "StatisticsCommands.h"
 #include "Translations.h"
@@ -40,6 +41,7 @@ const Command commands[] = {
     {"update", "change fields of a task", runUpdate},
     {"save", "save edited tasks", runSave},
     {"delete-nodes", "delete tasks", runDeleteNodes},
+    {"simulate", "draw how the building grows", runSimulate},
     {"settings", "presentation settings of yours", runSettings},
     {"respond", "report progress on a task", runRespond},
     {"responses", "what was reported on a task", runResponses},
@@ -62,7 +64,8 @@ QString help()
         QStringLiteral("\n\"kvplan COMMAND --help\" shows a command's options. KV_BASE_API, KV_PROJECT_ID,\n"
                        "KV_ACCESS_TOKEN and KV_NETWORK_TIMEOUT_MS stand in for those left out.\n\n"
                        "Exit status: 0 done, 1 the service did not do it, 2 wrong usage, 3 output not\n"
-                       "written, 4 the file or the plan is not in order, 5 you did not agree.\n");
+                       "written, 4 the file or the plan is not in order, 5 you did not agree,\n"
+                       "6 nothing can be drawn, 130 canceled.\n");
     return text;
 }
 

@@ -33,6 +33,16 @@ QVector<const KvPlanNode*> pointers(const QVector<KvPlanNode>& nodes)
 
 } // namespace
 
+void takeSettings(const SimulationSettings& settings, PictureContent& content)
+{
+    content.paint = {settings.set(), settings.colours()};
+    content.share = settings.share();
+    content.views = settings.views();
+    content.floorHeights.clear();
+    for (const QString& floor : content.model->floors())
+        content.floorHeights.append(settings.floorHeight(floor));
+}
+
 QString writePicture(const QImage& picture, const QString& path)
 {
     const QString name = QDir::toNativeSeparators(path);
@@ -141,16 +151,24 @@ QStringList FrameExport::existing(const Sequence& sequence)
     return found;
 }
 
+QString FrameExport::sizeFault(const QSize& size)
+{
+    const int shorter = qMin(size.width(), size.height());
+    const int longer = qMax(size.width(), size.height());
+    if (shorter >= SceneRenderer::smallestSide && longer <= SceneRenderer::largestSide)
+        return {};
+    return tr("a picture has sides from %1 to %2 pixels")
+        .arg(SceneRenderer::smallestSide)
+        .arg(SceneRenderer::largestSide);
+}
+
 QString FrameExport::fault(const Sequence& sequence)
 {
     if (!sequence.period.isValid())
         return tr("the plan has no dates, so there is nothing to play");
-    const int shorter = qMin(sequence.size.width(), sequence.size.height());
-    const int longer = qMax(sequence.size.width(), sequence.size.height());
-    if (shorter < SceneRenderer::smallestSide || longer > SceneRenderer::largestSide)
-        return tr("a picture has sides from %1 to %2 pixels")
-            .arg(SceneRenderer::smallestSide)
-            .arg(SceneRenderer::largestSide);
+    const QString ofSize = sizeFault(sequence.size);
+    if (!ofSize.isEmpty())
+        return ofSize;
     const int count = dates(sequence).size();
     if (count == 0)
         return tr("frames and days in a second have to be more than 0");

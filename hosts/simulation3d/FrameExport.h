@@ -25,6 +25,9 @@ struct PictureContent
     QString title;
 };
 
+/// What the settings of a plan say of its pictures; the rest stays. To be called with the model in place.
+void takeSettings(const SimulationSettings& settings, PictureContent& content);
+
 /// Pictures of the simulation at dates, with the date and the names of the views written into them.
 class PictureMaker : public QObject
 {
@@ -67,6 +70,8 @@ public:
     static QString fileName(int frame, int count);
     /// Files of the sequence that are there already.
     static QStringList existing(const Sequence& sequence);
+    /// Why no picture can have this size, for the user; empty when it can.
+    static QString sizeFault(const QSize& size);
     /// Why no such sequence can be made, for the user; empty when it can.
     static QString fault(const Sequence& sequence);
 

@@ -64,6 +64,13 @@ if(WAY STREQUAL "package")
         if(NOT said MATCHES "^usage: planviewer-model FILE\n")
             message(FATAL_ERROR "planviewer's reader of models ended with ${result} and said: ${said}")
         endif()
+        # Takes the place of kvplan, which looks for it from its own folder.
+        execute_process(COMMAND "${CMAKE_COMMAND}" -E env --unset=DISPLAY --unset=WAYLAND_DISPLAY
+                --unset=QT_QPA_PLATFORM "${WORK_DIR}/prefix/bin/kvplan" simulate plan frames --server http://127.0.0.1:1/
+            RESULT_VARIABLE result ERROR_VARIABLE said)
+        if(NOT result EQUAL 6 OR NOT said MATCHES "there is no display server")
+            message(FATAL_ERROR "what draws the simulation ended with ${result} and said: ${said}")
+        endif()
     endif()
 
     # The installed examples are a project of their own.
