@@ -107,6 +107,17 @@
     </message>
 </context>
 <context>
+    <name>ElementSelection</name>
+    <message>
+        <source>Element %1: no task names it.</source>
+        <translation>构件 %1：没有任务关联它。</translation>
+    </message>
+    <message>
+        <source>Element %1</source>
+        <translation>构件 %1</translation>
+    </message>
+</context>
+<context>
     <name>FloorHeightsModel</name>
     <message>
         <source>Floor</source>
@@ -1240,18 +1251,6 @@
 <context>
     <name>SimulationPage</name>
     <message>
-        <source>&amp;Cancel</source>
-        <translation>取消(&amp;C)</translation>
-    </message>
-    <message>
-        <source>Planned</source>
-        <translation>计划</translation>
-    </message>
-    <message>
-        <source>Actual</source>
-        <translation>实际</translation>
-    </message>
-    <message>
         <source>Settings</source>
         <translation>设置</translation>
     </message>
@@ -1266,10 +1265,6 @@
     <message>
         <source>Reading the model was canceled.</source>
         <translation>已取消读取模型。</translation>
-    </message>
-    <message>
-        <source>Reading the model</source>
-        <translation>正在读取模型</translation>
     </message>
     <message>
         <source>Open a plan first.</source>
@@ -1291,13 +1286,24 @@
         <source>Model read: %1 elements, %2 of them named by tasks.</source>
         <translation>模型已读取：%1 个构件，其中 %2 个被任务关联。</translation>
     </message>
+</context>
+<context>
+    <name>SimulationStage</name>
     <message>
-        <source>Element %1: no task names it.</source>
-        <translation>构件 %1：没有任务关联它。</translation>
+        <source>&amp;Cancel</source>
+        <translation>取消(&amp;C)</translation>
     </message>
     <message>
-        <source>Element %1</source>
-        <translation>构件 %1</translation>
+        <source>Planned</source>
+        <translation>计划</translation>
+    </message>
+    <message>
+        <source>Actual</source>
+        <translation>实际</translation>
+    </message>
+    <message>
+        <source>Reading the model</source>
+        <translation>正在读取模型</translation>
     </message>
 </context>
 <context>

@@ -6,14 +6,12 @@
 #include <QtCore/QTimer>
 #include <QtWidgets/QWidget>
 
+class ElementSelection;
 class FloorHeightsPanel;
 class PlanPage;
 class PlaybackBar;
-class QLabel;
-class QProgressBar;
-class QPushButton;
-class QStackedWidget;
 class SimulationGapsPanel;
+class SimulationStage;
 class SimulationView;
 class TimeLineSetPanel;
 
@@ -45,7 +43,7 @@ public:
     PlaybackBar* playback() const { return m_playback; }
     SimulationSettings* settings() { return &m_settings; }
     /// Null before there is a model, and where nothing can be drawn.
-    SimulationView* view() const { return m_view; }
+    SimulationView* view() const;
     SimulationGapsPanel* gaps() const { return m_gaps; }
     FloorHeightsPanel* floors() const { return m_floors; }
     const std::shared_ptr<const BuildingModel>& model() const { return m_model; }
@@ -59,25 +57,17 @@ Q_SIGNALS:
 protected:
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
 private:
-    void buildMessage();
     void takePlan();
     void takeTasks();
     void takeModel(const ModelData& read);
     void dropModel();
-    void showMessage(const QString& text, bool isBusy);
     void showDate();
     void showLifts();
     void showViews();
-    void showBackground();
     void repaintBuilding();
-    void selectElement(int element, bool isAdding);
-    void highlightTasks();
-    void goToElement(const QString& id);
     QVector<const KvPlanNode*> nodes() const;
-    QVector<double> floorHeights() const;
     SimulatedBuilding::Paint paint() const;
 
     PlanPage* m_page;
@@ -87,14 +77,9 @@ private:
     std::shared_ptr<const BuildingModel> m_model;
     QSet<QString> m_known; // when the model was put together
     QTimer m_tasksTimer;
-    QVector<int> m_highlighted;
     QString m_planId;
-    SimulationView* m_view = nullptr;
-    QStackedWidget* m_stage;
-    QLabel* m_message;
-    QProgressBar* m_busy;
-    QPushButton* m_cancel;
-    QLabel* m_titles[BuildingScene::viewCount];
+    SimulationStage* m_stage;
+    ElementSelection* m_selection;
     PlaybackBar* m_playback;
     TimeLineSetPanel* m_panel;
     FloorHeightsPanel* m_floors;
