@@ -193,6 +193,7 @@ struct BuildingScene::Parts
     {
         QLayer* layer = nullptr;
         QViewport* viewport = nullptr;
+        QNoDraw* off = nullptr;
         Qt3DCore::QEntity* entity = nullptr;
         LooksTexture* colours = nullptr;
         LooksTexture* shapes = nullptr;
@@ -246,6 +247,7 @@ BuildingScene::BuildingScene(QObject* surface, const QSize& pictureSize, QObject
     for (Parts::Drawn& drawn : p.drawn) {
         drawn.layer = new QLayer(p.root);
         drawn.viewport = p.addView(drawn.layer);
+        drawn.off = new QNoDraw(drawn.viewport->findChild<QLayerFilter*>());
     }
     // A branch of its own after the views, drawing nothing, so that a picture has them all.
     QViewport* const last = p.addView(new QLayer(p.root));
@@ -319,12 +321,12 @@ void BuildingScene::setViews(bool planned, bool actual)
     const double width = planned && actual ? 0.5 : 1.0;
     double left = 0.0;
     for (int i = 0; i < viewCount; ++i) {
-        QViewport* const viewport = m_parts->drawn[i].viewport;
-        // A view that is not drawn has a place of no size beside the picture.
-        viewport->setNormalizedRect(isDrawn[i] ? QRectF(left, 0.0, width, 1.0) : QRectF(1.0, 1.0, 0.0, 0.0));
-        viewport->setEnabled(isDrawn[i]);
-        if (isDrawn[i])
-            left += width;
+        // To disable a branch leaves out what its nodes ask for, and draws it all the same.
+        m_parts->drawn[i].off->setEnabled(!isDrawn[i]);
+        if (!isDrawn[i])
+            continue;
+        m_parts->drawn[i].viewport->setNormalizedRect(QRectF(left, 0.0, width, 1.0));
+        left += width;
     }
 }
 

@@ -1,0 +1,286 @@
+// A plan on the real service whose elements have known places and known states at known dates: what is on the
+// screen, pixel by pixel.
+
+#include "SimulationStreet.h"
+
+#include <FloorHeightsPanel.h>
+#include <KvNetwork/KvBaseApi.h>
+#include <KvSoftBase/KvSoftBase.h>
+#include <plandata/KvPlanData.h>
+
+#include <QtWidgets/QSlider>
+
+using KvTest::ServiceProcess;
+
+using namespace SimulationStreet;
+
+Q_DECLARE_METATYPE(Shows)
+
+class SimulationPixelsTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    ServiceProcess m_service;
+    QTemporaryDir m_folder;
+    QString m_model;
+    std::unique_ptr<Street> m_street;
+
+    QVector<Expected> slabs(const Shows& onPlan, const Shows& onSite)
+    {
+        QVector<Expected> all;
+        for (int i = 0; i < TaskState::count; ++i) {
+            all.append(m_street->slabIn(i, planned, onPlan.at(i).state, onPlan.at(i).share));
+            all.append(m_street->slabIn(i, actual, onSite.at(i).state, onSite.at(i).share));
+        }
+        return all;
+    }
+
+    // In the middle of June every state is there: planned as it should be, actual as it is.
+    QVector<Expected> slabsInTheMiddle()
+    {
+        return slabs({{0, 0}, {2, 0.25}, {2, 0.5}, {4, 1}, {4, 1}, {4, 1}, {4, 1}},
+                     {{0, 0}, {1, 0}, {2, 0.5}, {3, 0.5}, {4, 1}, {5, 1}, {6, 1}});
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QApplication::setQuitOnLastWindowClosed(false);
+        QVERIFY2(m_service.start({QStringLiteral("--create")}), qPrintable(m_service.failure()));
+        KvBaseApi::GetInstance().setBaseApi(m_service.baseUrl());
+        GetSoftCache()->setCurrentProjectId(QStringLiteral("street"));
+        SetSettingsDirectory(m_folder.path());
+        KvPlan plan;
+        plan.name = QStringLiteral("Street");
+        plan.projectId = QStringLiteral("street");
+        QVERIFY(KvPlanData::instance()->createPlan(plan));
+        QList<KvPlanNode> nodes = tasks();
+        QVERIFY(KvPlanData::instance()->createPlanNodes(plan.id, nodes));
+        m_model = m_folder.filePath(QStringLiteral("street.glb"));
+        QVERIFY(Models::write(m_model, Models::glb(street())));
+        m_street = std::make_unique<Street>();
+        QVERIFY(m_street->openStreet(m_model));
+    }
+
+    void cleanupTestCase() { m_street.reset(); }
+
+    void init()
+    {
+        m_street->setSet(TimeLineSet());
+        m_street->lookFrom(0.0, 65.0);
+    }
+
+    void statesHaveTheirColoursAtEachDate_data()
+    {
+        QTest::addColumn<QDateTime>("date");
+        QTest::addColumn<Shows>("onPlan");
+        QTest::addColumn<Shows>("onSite");
+        const Shows none(TaskState::count, {TaskState::NotStarted, 0});
+        QTest::newRow("before all") << at(5, 20) << none << none;
+        QTest::newRow("not late yet")
+            << at(6, 9)
+            << Shows{{0, 0}, {0, 0}, {0, 0}, {2, 8 / 11.0}, {2, 8 / 9.0}, {2, 8 / 9.0}, {2, 8 / 9.0}}
+            << Shows{{0, 0}, {0, 0}, {0, 0}, {2, 0.5}, {2, 8 / 9.0}, {5, 1}, {2, 8 / 11.0}};
+        QTest::newRow("each in its own")
+            << at(6, 15) << Shows{{0, 0}, {2, 0.25}, {2, 0.5}, {4, 1}, {4, 1}, {4, 1}, {4, 1}}
+            << Shows{{0, 0}, {1, 0}, {2, 0.5}, {3, 0.5}, {4, 1}, {5, 1}, {6, 1}};
+        QTest::newRow("at the end") << at(8, 1) << Shows(TaskState::count, {TaskState::Finished, 1})
+                                    << Shows{{1, 0}, {1, 0}, {3, 0.5}, {3, 0.5}, {4, 1}, {5, 1}, {6, 1}};
+    }
+    void statesHaveTheirColoursAtEachDate()
+    {
+        QFETCH(QDateTime, date);
+        QFETCH(Shows, onPlan);
+        QFETCH(Shows, onSite);
+        m_street->goTo(date);
+        QCOMPARE(m_street->faults(slabs(onPlan, onSite)), QString());
+    }
+
+    // What stands of a state that is switched off has the colour of its material, what does not stand is not
+    // hinted at; all other states stay as they are.
+    void eachStateCanBeSwitchedOff_data()
+    {
+        QTest::addColumn<int>("state");
+        for (int state = 0; state < TaskState::count; ++state)
+            QTest::addRow("state %d", state) << state;
+    }
+    void eachStateCanBeSwitchedOff()
+    {
+        QFETCH(int, state);
+        TimeLineSet set;
+        setStateFlag(state, false, set);
+        m_street->setSet(set);
+        m_street->goTo(at(6, 15));
+        QCOMPARE(m_street->faults(slabsInTheMiddle()), QString());
+    }
+
+    void withoutStateColoursAllIsMaterial()
+    {
+        TimeLineSet set;
+        set.DisplayStateColor = false;
+        m_street->setSet(set);
+        m_street->goTo(at(6, 15));
+        QCOMPARE(m_street->faults(slabsInTheMiddle()), QString());
+    }
+
+    void delaysCanBeLeftOut()
+    {
+        TimeLineSet set;
+        set.DisplayDelay = false;
+        m_street->setSet(set);
+        m_street->goTo(at(6, 15));
+        QVector<Expected> all = slabsInTheMiddle();
+        QCOMPARE(all.at(3).colour, m_street->stateColour(TaskState::NotStarted));
+        QCOMPARE(all.at(13).colour, m_street->stateColour(TaskState::Finished));
+        QCOMPARE(m_street->faults(all), QString());
+    }
+
+    void anotherColourIsSeenAtOnce()
+    {
+        m_street->goTo(at(6, 15));
+        QCOMPARE(m_street->faults(slabsInTheMiddle()), QString());
+        m_street->settings().setColour(TaskState::FinishedLate, QColor(10, 200, 250));
+        const QVector<Expected> all = slabsInTheMiddle();
+        QCOMPARE(all.last().colour, QColor(10, 200, 250));
+        QCOMPARE(m_street->faults(all), QString());
+        m_street->settings().setColours(m_street->settings().defaultColours());
+        QCOMPARE(m_street->faults(slabsInTheMiddle()), QString());
+    }
+
+    // Half of each cube stands, and on the right side.
+    void elementsGrowInTheirDirections_data()
+    {
+        QTest::addColumn<int>("number");
+        QTest::addColumn<QVector3D>("standing"); // from the middle of the cube
+        QTest::addColumn<QVector3D>("missing");  // null: none is
+        QTest::newRow("front to back") << 0 << QVector3D(0, 1, 0.5F) << QVector3D(0, 1, -0.5F);
+        QTest::newRow("back to front") << 1 << QVector3D(0, 1, -0.5F) << QVector3D(0, 1, 0.5F);
+        QTest::newRow("left to right") << 2 << QVector3D(-0.5F, 1, 0) << QVector3D(0.5F, 1, 0);
+        QTest::newRow("right to left") << 3 << QVector3D(0.5F, 1, 0) << QVector3D(-0.5F, 1, 0);
+        QTest::newRow("top to bottom") << 4 << QVector3D(0, 0.5F, 1) << QVector3D(0, -0.5F, 1);
+        QTest::newRow("bottom to top") << 5 << QVector3D(0, -0.5F, 1) << QVector3D(0, 0.5F, 1);
+        QTest::newRow("appear") << 6 << QVector3D(0, 0.5F, 1) << QVector3D();
+        QTest::newRow("disappear") << 7 << QVector3D(0, -0.5F, 1) << QVector3D(0, 0.5F, 1);
+    }
+    void elementsGrowInTheirDirections()
+    {
+        QFETCH(int, number);
+        QFETCH(QVector3D, standing);
+        QFETCH(QVector3D, missing);
+        const bool isUpright = standing.z() == 1.0F;
+        m_street->lookFrom(0.0, isUpright ? 5.0 : 65.0);
+        TimeLineSet set;
+        set.NonStartClr = false; // no hints of the slabs behind
+        set.NotStartDelayClr = false;
+        m_street->setSet(set);
+        const QVector3D middle(float(number) * 3 + 1, 5, 9);
+        const auto shaded = [isUpright](const QColor& colour) {
+            constexpr double front = 0.6; // of the light on an upper side
+            return isUpright ? QColor::fromRgbF(colour.redF() * front, colour.greenF() * front,
+                                                colour.blueF() * front)
+                             : colour;
+        };
+        const auto expect = [&](const QDateTime& date, const QColor& built, const QColor& gone) {
+            m_street->goTo(date);
+            QVector<Expected> all;
+            for (const auto view : {planned, actual}) {
+                all.append({QStringLiteral("what stands"), view, middle + standing, built});
+                if (!missing.isNull())
+                    all.append({QStringLiteral("what does not"), view, middle + missing, gone});
+            }
+            return m_street->faults(all);
+        };
+        const QColor none = m_street->background();
+        const QColor working = shaded(m_street->stateColour(TaskState::InProgress));
+        const QColor finished = shaded(m_street->stateColour(TaskState::Finished));
+        const QColor material = shaded(SimulatedBuilding::material());
+        const bool isTakenDown = directions[number] == Kv::GrowDisappear;
+        QCOMPARE(expect(at(6, 9), isTakenDown ? material : none, isTakenDown ? material : none), QString());
+        QCOMPARE(expect(at(6, 15), working, none), QString());
+        QCOMPARE(expect(at(6, 20), isTakenDown ? none : finished, isTakenDown ? none : finished), QString());
+    }
+
+    void whatIsHiddenIsGone()
+    {
+        const auto expect = [this](const QDateTime& date, int hidden, int whenFinished) {
+            m_street->goTo(date);
+            QVector<Expected> all;
+            for (const auto view : {planned, actual}) {
+                const auto add = [&](int number, const char* what, const QColor& colour, float high) {
+                    all.append({QString::fromLatin1(what), view, QVector3D(float(number) * 3 + 1, high, -4),
+                                colour});
+                };
+                const auto colour = [this](int state) {
+                    return state == none ? m_street->background() : m_street->stateColour(state);
+                };
+                const double share =
+                    qMin(1.0, double(at(6, 1).msecsTo(date)) / double(at(6, 1).msecsTo(at(6, 18))));
+                add(0, "hidden", colour(hidden), 1);
+                add(1, "hidden when finished", colour(whenFinished), float(share));
+                add(2, "outside of the simulation", colour(none), 1);
+                add(3, "named by no task", SimulatedBuilding::material(), 1);
+            }
+            return m_street->faults(all);
+        };
+        QCOMPARE(expect(at(6, 16).addSecs(-1), TaskState::Finished, TaskState::InProgress), QString());
+        QCOMPARE(expect(at(6, 16), none, TaskState::InProgress), QString());
+        QCOMPARE(expect(at(6, 18), none, none), QString());
+        QCOMPARE(expect(at(8, 1), none, none), QString());
+        QCOMPARE(expect(at(6, 16).addSecs(-1), TaskState::Finished, TaskState::InProgress), QString());
+    }
+
+    void floorsStandApart()
+    {
+        m_street->goTo(at(8, 1));
+        const QVector3D top(4, 6, 9);       // of a finished cube
+        const QVector3D slabTop(10, 1, -4); // of what no task names
+        const QColor finished = m_street->stateColour(TaskState::Finished);
+        const auto slider = m_street->simulation().floors()->findChild<QSlider*>(QStringLiteral("spread"));
+        const auto expect = [&](float lift) {
+            QVector<Expected> all;
+            for (const auto view : {planned, actual}) {
+                all.append({QStringLiteral("above"), view, top + QVector3D(0, lift, 0), finished});
+                all.append({QStringLiteral("below"), view, slabTop, SimulatedBuilding::material()});
+            }
+            return m_street->faults(all);
+        };
+        m_street->lookFrom(0.0, 55.0);
+        QCOMPARE(expect(0.0F), QString());
+        slider->setValue(slider->maximum());
+        QCOMPARE(expect(3.0F), QString());
+        m_street->settings().setFloorHeight(m_street->floors.first(), 5.0);
+        QCOMPARE(expect(5.0F), QString());
+        // Where it stood there is nothing.
+        QCOMPARE(m_street->faults({{QStringLiteral("its old place"), planned, QVector3D(4, 4.2F, 10),
+                                    m_street->background()}}),
+                 QString());
+        slider->setValue(0);
+        QCOMPARE(expect(0.0F), QString());
+        m_street->settings().resetFloorHeights(m_street->floors);
+    }
+
+    void oneViewHasTheWholePicture()
+    {
+        m_street->goTo(at(6, 15));
+        for (const auto view : {planned, actual}) {
+            m_street->settings().setViews(view == planned ? SimulationViews::Planned
+                                                          : SimulationViews::Actual);
+            m_street->lookFrom(0.0, 65.0);
+            const QVector<Expected> both = slabsInTheMiddle();
+            QVector<Expected> all;
+            for (Expected expected : both) {
+                if (expected.view == view)
+                    all.append(expected);
+            }
+            QCOMPARE(all.size(), int(TaskState::count));
+            QCOMPARE(m_street->faults(all), QString());
+        }
+        m_street->settings().setViews(SimulationViews::Both);
+        m_street->lookFrom(0.0, 65.0);
+        QCOMPARE(m_street->faults(slabsInTheMiddle()), QString());
+    }
+};
+
+QTEST_MAIN(SimulationPixelsTest)
+#include "SimulationPixelsTest.moc"
