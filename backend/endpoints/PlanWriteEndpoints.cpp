@@ -21,10 +21,9 @@ PlanRecord existingPlan(const Call& call, const QString& id)
     return *plan;
 }
 
-void requireCategories(const Call& call, const PlanRecord& plan, const QVector<PlanNodeRecord>& nodes,
+void requireCategories(const Call& call, const PlanRecord& plan, const QStringList& categories,
                        void (Caller::*require)(const QString&, const QString&) const)
 {
-    const QStringList categories = categoriesOf(nodes);
     for (const QString& category : categories) {
         (call.caller.*require)(plan.projectId, category);
     }
@@ -47,7 +46,9 @@ void replaceNodes(const Call& call, const PlanRecord& plan, const PlanInput& inp
     };
     NodeIds ids;
     QVector<PlanNodeRecord> nodes = readPlanNodes(input, plan, user, ids, find);
-    requireCategories(call, plan, nodes, &Caller::requireEdit);
+    // Of those that come, and of those that change or go.
+    requireCategories(call, plan, categoriesOf(nodes) + call.store.categoriesOfNodes(plan.id),
+                      &Caller::requireEdit);
     QStringList kept;
     QVector<PlanNodeRecord> added;
     for (PlanNodeRecord& node : nodes) {
@@ -117,7 +118,7 @@ Reply postPlan(const Call& call)
     call.caller.requireCreate(plan.projectId, plan.category);
     NodeIds ids;
     QVector<PlanNodeRecord> nodes = readPlanNodes(input, plan, call.caller.userId(), ids);
-    requireCategories(call, plan, nodes, &Caller::requireCreate);
+    requireCategories(call, plan, categoriesOf(nodes), &Caller::requireCreate);
     Transaction transaction(call.store);
     call.store.insertPlan(plan);
     insertNodes(call.store, nodes, ids);
@@ -154,6 +155,7 @@ Reply copyPlan(const Call& call)
     const PlanRecord plan = existingPlan(call, call.parameter("planId"));
     call.caller.requireRead({plan.projectId, plan.category, {plan.createdBy}});
     call.caller.requireCreate(plan.projectId, plan.category);
+    requireCategories(call, plan, call.store.categoriesOfNodes(plan.id), &Caller::requireCreate);
     const PlanRecord copy = copiedPlan(plan, freeName(call.store, plan), call.caller.userId());
     call.store.insertPlan(copy);
     call.store.copyPlanNodes(plan.id, copy, newPlanId().left(16));
@@ -166,6 +168,7 @@ Reply deletePlan(const Call& call)
     Transaction transaction(call.store);
     const PlanRecord plan = existingPlan(call, call.parameter("planId"));
     call.caller.requireDelete(plan.projectId, plan.category);
+    requireCategories(call, plan, call.store.categoriesOfNodes(plan.id), &Caller::requireDelete);
     call.store.removePlan(plan.id);
     transaction.commit();
     return {204, {}, {}, {}};

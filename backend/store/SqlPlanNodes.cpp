@@ -93,6 +93,18 @@ QHash<QString, PlanNodeRecord> SqlStore::planNodes(const QStringList& ids)
     return nodes;
 }
 
+QStringList SqlStore::categoriesOfNodes(const QString& planId)
+{
+    QSqlQuery& rows =
+        m_database->run(sql("SELECT DISTINCT category FROM planNodes WHERE planId = ?"), {planId});
+    QStringList categories;
+    while (m_database->next(rows)) {
+        categories.append(rows.value(0).toString());
+    }
+    rows.finish();
+    return categories;
+}
+
 int SqlStore::lastRow(const QString& projectId, const QString& planId)
 {
     const QVariant row =

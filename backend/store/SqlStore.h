@@ -62,6 +62,7 @@ public:
     bool addPlanNode(const PlanNodeRecord& node) override;
     QVector<int> addPlanNodes(const QVector<PlanNodeRecord>& nodes, int first, int count) override;
     void insertDocument(const DocumentRecord& document) override;
+    QStringList categoriesOfNodes(const QString& planId) override;
     void updatePlan(const PlanRecord& plan) override;
     void moveNodes(const QString& planId, const QString& fromCategory, const QString& toCategory) override;
     void updatePlanNode(const PlanNodeRecord& node) override;

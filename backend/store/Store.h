@@ -309,6 +309,8 @@ public:
     virtual QVector<int> addPlanNodes(const QVector<PlanNodeRecord>& nodes, int first, int count) = 0;
     virtual void insertDocument(const DocumentRecord& document) = 0;
 
+    /// Every category that the plan's nodes have.
+    virtual QStringList categoriesOfNodes(const QString& planId) = 0;
     /// Writes every field of the plan that has this id.
     virtual void updatePlan(const PlanRecord& plan) = 0;
     /// Moves the plan's nodes of one category into another; their stamps stay.

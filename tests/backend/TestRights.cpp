@@ -5,7 +5,7 @@
 #include "RouteProbes.h"
 #include "ServiceProcess.h"
 #include "Text.h"
-#include "access/Tokens.h"
+#include "TokenMaking.h"
 #include "endpoints/Endpoints.h"
 #include "store/OpenStore.h"
 
@@ -16,17 +16,6 @@ using namespace KvTest;
 using PlanService::RightsRecord;
 
 namespace {
-
-const QStringList allRights{"read"_s, "create"_s, "edit"_s, "delete"_s, "export"_s};
-
-RightsRecord rightsOf(const QString& project, const QString& category, const QStringList& words)
-{
-    RightsRecord rights;
-    rights.projectId = project;
-    rights.category = category;
-    PlanService::readRights(words.join(QLatin1Char(',')), rights);
-    return rights;
-}
 
 /// A probe's needs as rights that a token has.
 QStringList rightsFor(const QStringList& needs)
@@ -73,22 +62,11 @@ private:
 
     qint64 addToken(const QString& user, QByteArray& text, const QString& expiresAt = {})
     {
-        text = PlanService::newToken();
-        PlanService::TokenRecord token;
-        token.hash = PlanService::tokenHash(text);
-        token.userId = user;
-        token.createdAt = "2026-01-01T00:00:00Z"_s;
-        token.expiresAt = expiresAt;
-        return m_store->addToken(token);
+        return KvTest::addToken(*m_store, user, text, expiresAt);
     }
     QByteArray tokenWith(const QString& user, const QList<RightsRecord>& rights)
     {
-        QByteArray text;
-        const qint64 id = addToken(user, text);
-        for (const RightsRecord& entry : rights) {
-            m_store->setRights(id, entry);
-        }
-        return text;
+        return KvTest::tokenWith(*m_store, user, rights);
     }
 
     /// What DELETE takes away each time.
