@@ -104,6 +104,12 @@ void KvPlanNodeOperationsSaveTest::distribution_data()
     row("all sorts, in their order",
         {renamed(n3), nodeOf(QString(), two), same, fresh, nodeOf(QStringLiteral("n0"), one), renamed(n2)},
         {two, one}, {n3, QStringLiteral("n0"), n2});
+    row("in the order of the cache", {renamed(n1), cachedNode(n2), renamed(n3)}, {}, {n1, n3});
+    row("against the order of the cache", {renamed(n3), renamed(n2), same}, {}, {n3, n2});
+    row("one between that is not cached", {same, nodeOf(QStringLiteral("n11"), one), renamed(n2)}, {},
+        {QStringLiteral("n11"), n2});
+    row("behind the last one of the cache", {renamed(n3), nodeOf(QStringLiteral("n9"), one), renamed(n1)}, {},
+        {n3, QStringLiteral("n9"), n1});
     row("one node twice", {renamed(n1), same, renamed(n1)}, {}, {n1, n1});
     KvPlanNode other = same;
     other.remark = changed;
