@@ -6,6 +6,8 @@
 #include "PlanListPanel.h"
 #include "PlanPage.h"
 #include "Screenshots.h"
+#include "SimulationPage.h"
+#include "SimulationScreenshots.h"
 
 #include <KvNetwork/KvBaseApi.h>
 #include <KvSoftBase/KvSoftBase.h>
@@ -53,6 +55,17 @@ KvPlan planOf(const MainWindow& window, const QString& id)
     return {};
 }
 
+// As soon as the model is read.
+bool writeWithModel(MainWindow& window, const QString& folder, const QDateTime& date)
+{
+    const SimulationPage& simulation = *window.simulationPage();
+    while (simulation.isReading())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    if (!simulation.hasModel())
+        return complain(simulation.message());
+    return writeSimulationScreenshots(window, folder, date);
+}
+
 // Also what a report of a fault should name: how this copy was built, and which Qt it runs on.
 QString versionText()
 {
@@ -95,10 +108,13 @@ int main(int argc, char* argv[])
     const QString language = option("language", "zh or en; that of the system when left out.", "code");
     const QString theme = option("theme", "light, dark or system.", "name");
     const QString plan = option("plan", "Opens this plan.", "id");
+    const QString model =
+        option("model", "Opens this model of the plan's building (gltf, glb, obj).", "file");
     const QString gantt = option("gantt", "Writes the plan's Gantt chart (png, svg, pdf) and ends.", "file");
     const QString levels = option("levels", "Levels of the task tree in the written chart.", "number");
     const QString screenshots =
-        option("screenshots", "Writes pictures of the main views and ends.", "folder");
+        option("screenshots",
+               "Writes pictures of the main views, or with --model of the simulation, and ends.", "folder");
     const QString now = option("now", "The moment taken for now, as 2026-06-15T12:00.", "time");
     line.process(application);
 
@@ -134,6 +150,16 @@ int main(int argc, char* argv[])
                 return 1;
         }
     }
+    if (line.isSet(model)) {
+        if (window.planPage()->plan().id.isEmpty()) {
+            complain(QStringLiteral("of which plan is the building the model? name it by --plan"));
+            return 1;
+        }
+        window.showSimulation();
+        window.simulationPage()->openModel(line.value(model));
+    }
+    if (line.isSet(model) && line.isSet(screenshots))
+        return writeWithModel(window, line.value(screenshots), moment) ? 0 : 3;
     if (line.isSet(screenshots))
         return writeScreenshots(window, line.value(screenshots)) ? 0 : 3;
     if (line.isSet(gantt)) {
