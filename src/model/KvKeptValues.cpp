@@ -30,7 +30,8 @@ uint keptHash(const QString& text)
     }
     for (; left > 0; --left, ++rest)
         hash = (hash ^ rest->unicode()) * factor;
-    return uint(hash >> 32);
+    // Once more, as the last character of four has come no further than the uppermost bits.
+    return uint((hash * factor) >> 32);
 }
 
 uint keptHash(const QStringList& texts)

@@ -353,6 +353,8 @@ public:
     bool getPlanNodeMeteringState(const QString& taskId, KvMeteringState& state);
 
 private:
+    friend struct KvPlanDataTestAccess; // the tests' way to what no operation reads
+
     KvPlanData();
     ~KvPlanData();
 

@@ -112,6 +112,9 @@ private Q_SLOTS:
     void manyDifferentValues();
     void repeatedTextIsShared_data();
     void repeatedTextIsShared();
+    void textsThatDifferInOneCharacterAreKeptSideBySide();
+    void idsOfOneKindSpreadOverThePool_data();
+    void idsOfOneKindSpreadOverThePool();
     void repeatedListIsShared();
     void repeatedBillStatesAreShared();
     void repeatedBillsAndModelIdsAreShared();
@@ -192,6 +195,53 @@ void KvPlanCodecPoolTest::repeatedTextIsShared()
         }
     });
     QVERIFY(found);
+}
+
+// None takes the place of the other, wherever in the text the character stands.
+void KvPlanCodecPoolTest::textsThatDifferInOneCharacterAreKeptSideBySide()
+{
+    const auto copyOf = [](const QString& text) {
+        return QString(text.constData(), text.size());
+    };
+    Kv::KvDecodePool pool(2048);
+    for (int length = 1; length <= 9; ++length) {
+        for (int at = 0; at < length; ++at) {
+            const QString one = pool.shared(QString(length, QLatin1Char('x')));
+            QString other = copyOf(one);
+            other[at] = QLatin1Char('y');
+            pool.shared(other);
+            QVERIFY(pool.shared(copyOf(one)).constData() == one.constData());
+            QVERIFY(pool.shared(copyOf(other)).constData() == other.constData());
+        }
+    }
+}
+
+void KvPlanCodecPoolTest::idsOfOneKindSpreadOverThePool_data()
+{
+    QTest::addColumn<QString>("form");
+    QTest::newRow("24 hexadecimal digits") << "65f1c0ffee00112233%1";
+    QTest::newRow("a GUID") << "6d1f0a52-90a0-4d3e-8f57-3b1f5d%1";
+    QTest::newRow("numbered names") << "user-%1";
+    QTest::newRow("numbers") << "%1";
+}
+
+// Of a thousand that come again and again, as a plan's people do, most are found again.
+void KvPlanCodecPoolTest::idsOfOneKindSpreadOverThePool()
+{
+    QFETCH(QString, form);
+    const auto idOf = [&](int number) {
+        return form.arg(number, 6, 16, QLatin1Char('0'));
+    };
+    constexpr int count = 1000;
+    Kv::KvDecodePool pool(2048);
+    QVector<QString> first;
+    for (int i = 0; i < count; ++i)
+        first.append(pool.shared(idOf(i)));
+    int found = 0;
+    for (int i = 0; i < count; ++i)
+        found += pool.shared(idOf(i)).constData() == first.at(i).constData() ? 1 : 0;
+    // By chance a thousand in 8192 places leave some 880 alone.
+    QVERIFY2(found > 800, qPrintable(QString::number(found)));
 }
 
 void KvPlanCodecPoolTest::repeatedListIsShared()

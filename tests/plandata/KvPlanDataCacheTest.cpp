@@ -38,6 +38,11 @@ static_assert(
 static_assert(
     std::is_same_v<decltype(std::declval<KvPlanData&>() = std::declval<const KvPlanData&>()), KvPlanData&>);
 
+struct KvPlanDataTestAccess
+{
+    static QMap<QString, bool> cameByItself(const KvPlanData& data) { return data.m_planDetailLoaded; }
+};
+
 class KvPlanDataCacheTest : public KvPlanOperationsFixture
 {
     Q_OBJECT
@@ -55,6 +60,7 @@ private Q_SLOTS:
     void nameOfAPlanNeverRead();
     void nameOfACachedPlan();
     void clearEmptiesTheCaches();
+    void howPlansCame();
     void failureCachesNothing();
     void failureKeepsWhatIsCached();
 
@@ -246,6 +252,32 @@ void KvPlanDataCacheTest::clearEmptiesTheCaches()
     QCOMPARE(node.name, QStringLiteral("wall again"));
     data().clear();
     data().clear();
+}
+
+// By the id in the plan, for each plan that came by itself or in the list of all, and for no other.
+void KvPlanDataCacheTest::howPlansCame()
+{
+    using Notes = QMap<QString, bool>;
+    const auto notes = [] {
+        return KvPlanDataTestAccess::cameByItself(data());
+    };
+    data().clear();
+    m_server.enqueue(planReply(p2, QStringLiteral("two")));
+    KvPlan plan;
+    QVERIFY(data().getPlanById(p1, plan));
+    QCOMPARE(notes(), (Notes{{p2, true}}));
+    m_server.enqueue(Reply::json(QJsonObject{{QStringLiteral("_id"), p3}}, 500));
+    QVERIFY(!data().getPlanById(p3, plan));
+    QCOMPARE(notes(), (Notes{{p2, true}}));
+    QList<KvPlan> plans;
+    m_server.enqueue(Reply::json(QJsonArray{record(p1, one), record(p3, two)}));
+    QVERIFY(data().getAllPlan(plans, false));
+    QCOMPARE(notes(), (Notes{{p1, false}, {p3, false}}));
+    m_server.enqueue(planReply(p3, QStringLiteral("three")));
+    QVERIFY(data().getPlanById(p3, plan));
+    QCOMPARE(notes(), (Notes{{p1, false}, {p3, true}}));
+    data().clear();
+    QCOMPARE(notes(), Notes());
 }
 
 void KvPlanDataCacheTest::failureCachesNothing()
