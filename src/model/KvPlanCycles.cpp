@@ -32,7 +32,7 @@ QList<QList<int>> findParentCycles(const QList<KvPlanNode>& nodes)
     // Whoever waits names a number of the list, and all nodes of that number wait too. So from each waiting
     // node one comes to the next, and at last into a circle.
     const Kv::KvNumberRanks numbers(fields.uniqueIds);
-    std::vector<int> firstOfNumber(index(numbers.count()), -1);
+    std::vector<int> firstOfNumber(index(numbers.count())); // each gets a position below
     for (int position = nodes.size() - 1; position >= 0; --position)
         firstOfNumber[index(numbers.rankOf(fields.uniqueIds[index(position)]))] = position;
     const auto parentOf = [&](int position) {
