@@ -16,6 +16,11 @@ static void takeSignal(int signal)
 }
 }
 
+bool Interrupt::hasCome()
+{
+    return isWanted != 0;
+}
+
 Interrupt::Interrupt(QObject* parent)
     : QObject(parent)
 {

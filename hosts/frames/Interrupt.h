@@ -12,6 +12,9 @@ class Interrupt : public QObject
 public:
     explicit Interrupt(QObject* parent = nullptr);
 
+    /// Whether that has happened, told or not yet.
+    static bool hasCome();
+
 Q_SIGNALS:
     void wanted();
 

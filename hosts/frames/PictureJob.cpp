@@ -28,9 +28,13 @@ PictureJob::PictureJob(const SimulateOptions& options)
     m_reader.setProgram(QCoreApplication::applicationDirPath() + QLatin1Char('/') +
                         QStringLiteral(KV_MODEL_PROGRAM));
     connect(&m_reader, &ModelReader::done, this, &PictureJob::takeModel);
-    connect(&m_reader, &ModelReader::failed, this, [this](const QString& fault) { fail(BadData, fault); });
-    connect(&m_reader, &ModelReader::canceled, this,
-            [this] { fail(Canceled, QStringLiteral("canceled; no picture was written")); });
+    connect(&m_reader, &ModelReader::failed, this, [this](const QString& fault) {
+        if (Interrupt::hasCome()) // Ctrl+C on a terminal ends the reading program too, as a fault would
+            failAsCanceled();
+        else
+            fail(BadData, fault);
+    });
+    connect(&m_reader, &ModelReader::canceled, this, &PictureJob::failAsCanceled);
 }
 
 PictureJob::~PictureJob() = default;
@@ -44,6 +48,9 @@ void PictureJob::start()
         return end(RequestFailed);
     if (!findModelFile() || !takePeriod() || !mayWrite())
         return;
+    // Until here Ctrl+C ends the program at once, also at a question.
+    m_interrupt = std::make_unique<Interrupt>();
+    connect(m_interrupt.get(), &Interrupt::wanted, this, &PictureJob::cancel);
     m_progress = std::make_unique<Progress>(QStringLiteral("reading the model"));
     m_reader.read(m_options.modelFile);
 }
@@ -162,7 +169,7 @@ void PictureJob::drawPicture()
     m_maker = std::make_unique<PictureMaker>(m_content, m_options.size);
     m_maker->draw(m_options.at, [this](const QImage& picture) {
         if (m_isCanceled)
-            return fail(Canceled, QStringLiteral("canceled; no picture was written"));
+            return failAsCanceled();
         const QString fault = writePicture(picture, m_options.output);
         if (!fault.isEmpty())
             return fail(OutputFailed, fault);
@@ -189,9 +196,9 @@ void PictureJob::tellFrames(int written, const QString& fault)
         return fail(Canceled,
                     QStringLiteral("canceled; %1 of %2 frames were written, whole").arg(written).arg(count));
     m_progress.reset();
-    end(say(QStringLiteral("%1: %2 frames, %3 to %4\n")
-                .arg(m_options.output)
-                .arg(count)
+    end(say(QStringLiteral("%1: %2, %3 to %4\n")
+                .arg(m_options.output,
+                     count == 1 ? QStringLiteral("1 frame") : QStringLiteral("%1 frames").arg(count))
                 .arg(PlaybackBar::dateText(m_sequence.period.start),
                      PlaybackBar::dateText(m_sequence.period.finish))));
 }
@@ -201,6 +208,11 @@ void PictureJob::fail(ExitCode exitCode, const QString& why)
     m_progress.reset();
     complain(why);
     end(exitCode);
+}
+
+void PictureJob::failAsCanceled()
+{
+    fail(Canceled, QStringLiteral("canceled; no picture was written"));
 }
 
 void PictureJob::end(int exitCode)

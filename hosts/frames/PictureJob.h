@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Interrupt.h"
+
 #include <FrameExport.h>
 #include <ModelReader.h>
 #include <Output.h>
@@ -16,15 +18,15 @@ public:
     ~PictureJob() override;
 
     /// Reads the plan, which blocks while events are handled, asks the user if need be, and begins with the
-    /// rest. Ends with finished(), which may come within the call.
+    /// rest, which Ctrl+C cancels as soon as what is being drawn is done: no file is left half written. Ends
+    /// with finished(), which may come within the call.
     void start();
-    /// Ends as soon as what is being drawn is done; finished() tells. No file is left half written.
-    void cancel();
 
 Q_SIGNALS:
     void finished(int exitCode);
 
 private:
+    void cancel();
     bool readPlan();
     bool findModelFile();
     bool takePeriod();
@@ -34,6 +36,7 @@ private:
     void drawFrames();
     void tellFrames(int written, const QString& fault);
     void fail(ExitCode exitCode, const QString& why);
+    void failAsCanceled();
     void end(int exitCode);
 
     SimulateOptions m_options;
@@ -44,5 +47,6 @@ private:
     std::unique_ptr<PictureMaker> m_maker; // of the one picture
     std::unique_ptr<FrameExport> m_frames;
     std::unique_ptr<Progress> m_progress;
+    std::unique_ptr<Interrupt> m_interrupt;
     bool m_isCanceled = false;
 };

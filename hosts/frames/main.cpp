@@ -1,6 +1,5 @@
 // planviewer-frames: what "kvplan simulate" becomes, with the same words behind it. A program of its own,
 // because it needs a display server and the libraries that draw, and kvplan neither.
-#include "Interrupt.h"
 #include "PictureJob.h"
 
 #include <GraphicsCheck.h>
@@ -58,8 +57,6 @@ int main(int argc, char* argv[])
     job.start();
     if (result >= 0)
         return result;
-    Interrupt interrupt;
-    QObject::connect(&interrupt, &Interrupt::wanted, &job, &PictureJob::cancel);
     QCoreApplication::exec();
     return result;
 }
