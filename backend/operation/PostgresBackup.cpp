@@ -12,11 +12,6 @@ namespace PlanService {
 
 namespace {
 
-QString sql(const char* text)
-{
-    return QString::fromLatin1(text);
-}
-
 /// As the server writes their names; those that others refer to come first.
 const QStringList& tables()
 {

@@ -10,11 +10,6 @@ namespace PlanService {
 
 namespace {
 
-QString sql(const char* text)
-{
-    return QString::fromLatin1(text);
-}
-
 void requireDatabase(const QString& path)
 {
     switch (inspectDatabaseFile(path)) {

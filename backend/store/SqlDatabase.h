@@ -87,6 +87,18 @@ private:
     QHash<QString, std::shared_ptr<QSqlQuery>> m_statements;
 };
 
+/// SQL as it stands in the sources.
+inline QString sql(const char* text)
+{
+    return QString::fromLatin1(text);
+}
+
+/// A text that is not set is NULL in the database.
+inline QVariant textOrNull(const QString& text)
+{
+    return text.isEmpty() ? QVariant(QVariant::String) : QVariant(text);
+}
+
 /// The text itself, never null: a null text would be bound as NULL.
 inline QString orEmpty(const QString& text)
 {

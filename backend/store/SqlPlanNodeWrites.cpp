@@ -10,32 +10,22 @@ namespace PlanService {
 
 namespace {
 
-QString sql(const char* text)
-{
-    return QString::fromLatin1(text);
-}
-
-QVariant dateOrNull(const QString& date)
-{
-    return date.isEmpty() ? QVariant(QVariant::String) : QVariant(date);
-}
-
 /// The document goes in as the bytes that it is, without a way through UTF-16.
 QVariantList parametersOf(const PlanNodeRecord& node, const SqlDatabase& database)
 {
-    return {node.planId.isEmpty() ? QVariant(QVariant::String) : node.planId,
+    return {textOrNull(node.planId),
             orEmpty(node.projectId),
             orEmpty(node.category),
             orEmpty(node.name),
             node.rowNumber,
             node.uniqueId,
             node.parentTaskId,
-            dateOrNull(node.startDate),
-            dateOrNull(node.finishDate),
-            dateOrNull(node.actualStartDate),
-            dateOrNull(node.actualFinishDate),
-            dateOrNull(node.createdAt),
-            dateOrNull(node.updatedAt),
+            textOrNull(node.startDate),
+            textOrNull(node.finishDate),
+            textOrNull(node.actualStartDate),
+            textOrNull(node.actualFinishDate),
+            textOrNull(node.createdAt),
+            textOrNull(node.updatedAt),
             orEmpty(node.createdBy),
             orEmpty(node.people),
             database.text(node.document),

@@ -10,11 +10,6 @@ namespace PlanService {
 
 namespace {
 
-QString sql(const char* text)
-{
-    return QString::fromLatin1(text);
-}
-
 /// What a change of a node needs of it; see changeableNode().
 QString changeableNodes()
 {

@@ -6,21 +6,11 @@ namespace PlanService {
 
 namespace {
 
-QString sql(const char* text)
-{
-    return QString::fromLatin1(text);
-}
-
-QVariant dateOrNull(const QString& date)
-{
-    return date.isEmpty() ? QVariant(QVariant::String) : QVariant(date);
-}
-
 QVariantList parametersOf(const PlanRecord& plan, const SqlDatabase& database)
 {
     return {orEmpty(plan.projectId),      orEmpty(plan.category),
-            orEmpty(plan.name),           dateOrNull(plan.createdAt),
-            dateOrNull(plan.updatedAt),   orEmpty(plan.createdBy),
+            orEmpty(plan.name),           textOrNull(plan.createdAt),
+            textOrNull(plan.updatedAt),   orEmpty(plan.createdBy),
             database.text(plan.document), plan.id};
 }
 

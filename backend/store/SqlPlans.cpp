@@ -13,11 +13,6 @@ namespace {
 // pieces of one step of sending, some 64, within the time that a step may last.
 constexpr int nodesPerPiece = 250;
 
-QString sql(const char* text)
-{
-    return QString::fromLatin1(text);
-}
-
 } // namespace
 
 std::optional<Ownership> SqlStore::planOwnership(const QString& planId)

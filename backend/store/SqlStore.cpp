@@ -4,11 +4,6 @@ namespace PlanService {
 
 namespace {
 
-QString sql(const char* text)
-{
-    return QString::fromLatin1(text);
-}
-
 TokenRecord tokenFrom(const QSqlQuery& row)
 {
     TokenRecord token;

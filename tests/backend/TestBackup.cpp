@@ -39,16 +39,7 @@ private:
     QString m_backup;
 
     QString path(const QString& name) const { return m_folder.filePath(name); }
-    QStringList kept(const ServiceProcess& service) const
-    {
-        const QFileInfo file(service.databaseFile());
-        QStringList names =
-            file.dir().entryList({file.fileName() + ".before-restore-*"_s}, QDir::Files, QDir::Name);
-        for (QString& name : names) {
-            name = file.dir().filePath(name);
-        }
-        return names;
-    }
+    static QStringList kept(const ServiceProcess& service) { return keptBeside(service.databaseFile()); }
 
 private Q_SLOTS:
     void initTestCase()
@@ -281,38 +272,8 @@ private Q_SLOTS:
     void keepsWhoMayComeIn()
     {
         ServiceProcess service;
-        QVERIFY(!service.seed({"--floors"_s, "1"_s}).isEmpty());
-        const QByteArray revoked = service.createToken("ann"_s, "sample-project"_s, "read=all"_s);
         const QString file = path("tokens.bak"_s);
-        QCOMPARE(backUp(service.databaseFile(), file).exitCode, 0);
-        const QStringList onDatabase{"--database"_s, service.databaseFile()};
-        QCOMPARE(ServiceProcess::run(QStringList{"token"_s, "revoke"_s, "1"_s} + onDatabase).exitCode, 0);
-        const QByteArray later = service.createToken("bo"_s, "sample-project"_s, "read=all"_s);
-        QVERIFY2(service.start(), qPrintable(service.failure()));
-        const auto status = [&](const QByteArray& token) {
-            return RawHttp(service.port())
-                .get("/task-service/projects/sample-project/plans",
-                     token.isEmpty() ? QByteArray() : bearer(token))
-                .status;
-        };
-        // An old copy brings no revoked token back, and none that came later is lost.
-        QCOMPARE(restore(file, service.databaseFile(), {"--force"_s}).exitCode, 0);
-        QCOMPARE(status(revoked), 401);
-        QCOMPARE(status(later), 200);
-        // A copy without tokens does not open the service.
-        QCOMPARE(restore(m_backup, service.databaseFile(), {"--force"_s}).exitCode, 0);
-        QCOMPARE(status(QByteArray()), 401);
-        QCOMPARE(status(later), 200);
-        const ServiceRun refused =
-            restore(m_backup, service.databaseFile(), {"--force"_s, "--with-tokens"_s});
-        QCOMPARE(refused.exitCode, 1);
-        QVERIFY2(refused.errors.contains("--with-tokens"), refused.errors.constData());
-        QCOMPARE(status(QByteArray()), 401);
-        // Unless one says so.
-        QCOMPARE(restore(file, service.databaseFile(), {"--force"_s, "--with-tokens"_s}).exitCode, 0);
-        QCOMPARE(status(revoked), 200);
-        QCOMPARE(status(later), 401);
-        QVERIFY2(service.stop(), qPrintable(service.failure()));
+        tryTokensOfBackups(service, file);
         // Where there was no database those of the backup come along, as there are no others.
         const QString fresh = path("fresh.db"_s);
         QCOMPARE(restore(file, fresh).exitCode, 0);

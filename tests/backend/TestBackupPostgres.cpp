@@ -26,16 +26,6 @@ private:
     QTemporaryDir m_folder;
 
     QString path(const QString& name) const { return m_folder.filePath(name); }
-    QStringList kept(const QString& file) const
-    {
-        const QFileInfo info(file);
-        QStringList names =
-            info.dir().entryList({info.fileName() + ".before-restore-*"_s}, QDir::Files, QDir::Name);
-        for (QString& name : names) {
-            name = info.dir().filePath(name);
-        }
-        return names;
-    }
     static qint64 count(ServiceProcess& service, const QString& table)
     {
         PostgresDatabase database(PlanService::readPostgresAddress(service.database()));
@@ -109,8 +99,8 @@ private Q_SLOTS:
             QVERIFY2(wrong.isEmpty(), qPrintable("seed %1: %2"_s.arg(seed).arg(wrong)));
         }
         // And what was kept is where the clients had come to.
-        QCOMPARE(kept(file).size(), 1);
-        QCOMPARE(restore(kept(file).first(), service.database(), {"--force"_s}).exitCode, 0);
+        QCOMPARE(keptBeside(file).size(), 1);
+        QCOMPARE(restore(keptBeside(file).first(), service.database(), {"--force"_s}).exitCode, 0);
         QCOMPARE(load.settle(service.port()), QString());
         // New numbers do not meet those of the backup.
         load.start(service.port());
@@ -137,7 +127,7 @@ private Q_SLOTS:
         QCOMPARE(writer.wrongStatus(), 0);
         const qint64 after = count(service, "userSettings"_s);
         QVERIFY(after > 50);
-        QCOMPARE(restore(kept(file).first(), service.database(), {"--force"_s}).exitCode, 0);
+        QCOMPARE(restore(keptBeside(file).first(), service.database(), {"--force"_s}).exitCode, 0);
         QCOMPARE(count(service, "userSettings"_s) + after, qint64(writer.acknowledged()));
         QVERIFY2(service.stop(), qPrintable(service.failure()));
     }
@@ -184,32 +174,7 @@ private Q_SLOTS:
     void keepsWhoMayComeIn()
     {
         ServiceProcess service;
-        QVERIFY(!service.seed({"--floors"_s, "1"_s}).isEmpty());
-        const QString open = path("open.dump"_s);
-        QCOMPARE(backUp(service.database(), open).exitCode, 0);
-        const QByteArray revoked = service.createToken("ann"_s, "sample-project"_s, "read=all"_s);
-        const QString file = path("tokens.dump"_s);
-        QCOMPARE(backUp(service.database(), file).exitCode, 0);
-        const QStringList onDatabase{"--database"_s, service.database()};
-        QCOMPARE(ServiceProcess::run(QStringList{"token"_s, "revoke"_s, "1"_s} + onDatabase).exitCode, 0);
-        const QByteArray later = service.createToken("bo"_s, "sample-project"_s, "read=all"_s);
-        QVERIFY2(service.start(), qPrintable(service.failure()));
-        const auto status = [&](const QByteArray& token) {
-            return RawHttp(service.port())
-                .get("/task-service/projects/sample-project/plans",
-                     token.isEmpty() ? QByteArray() : bearer(token))
-                .status;
-        };
-        QCOMPARE(restore(file, service.database(), {"--force"_s}).exitCode, 0);
-        QCOMPARE(status(revoked), 401);
-        QCOMPARE(status(later), 200);
-        QCOMPARE(restore(open, service.database(), {"--force"_s}).exitCode, 0);
-        QCOMPARE(status(QByteArray()), 401);
-        QCOMPARE(restore(open, service.database(), {"--force"_s, "--with-tokens"_s}).exitCode, 1);
-        QCOMPARE(restore(file, service.database(), {"--force"_s, "--with-tokens"_s}).exitCode, 0);
-        QCOMPARE(status(revoked), 200);
-        QCOMPARE(status(later), 401);
-        QVERIFY2(service.stop(), qPrintable(service.failure()));
+        tryTokensOfBackups(service, path("tokens.dump"_s));
     }
 
     void refusesInOneLine()
