@@ -2,64 +2,27 @@
 // taking a plan grows with its size.
 
 #include "RatioMain.h"
+#include "SimulatedPlan.h"
 
 #include <SimulationTimeline.h>
 
 namespace {
 
-constexpr int elementsOfTask = 10;
-constexpr int tasksAtATime = 50;
-constexpr int daysOfTask = 5;
+using namespace SimulatedPlan;
+
 constexpr int pictures = 100;
-
-QDateTime firstDay()
-{
-    return {QDate(2026, 3, 2), QTime(8, 0)};
-}
-
-// Some fifty tasks are at work on every day, each on elements of its own.
-QList<KvPlanNode> plan(int tasks)
-{
-    QList<KvPlanNode> nodes;
-    nodes.reserve(tasks);
-    for (int i = 0; i < tasks; ++i) {
-        KvPlanNode node;
-        node.dynamicEffect = Kv::GrowBottomToTop;
-        node.startDate = firstDay().addDays(i / tasksAtATime * daysOfTask);
-        node.finishDate = node.startDate.addDays(daysOfTask);
-        node.actualStartDate = node.startDate.addDays(i % 3);
-        node.actualFinishDate = node.finishDate.addDays(i % 4);
-        QStringList elements;
-        for (int k = 0; k < elementsOfTask; ++k)
-            elements.append(QStringLiteral("element-%1").arg(i * elementsOfTask + k));
-        node.links.insert(QStringLiteral("model"), elements);
-        nodes.append(node);
-    }
-    return nodes;
-}
 
 SimulationTimeline timelineOf(const QList<KvPlanNode>& nodes)
 {
-    QVector<const KvPlanNode*> list;
-    list.reserve(nodes.size());
-    for (const KvPlanNode& node : nodes)
-        list.append(&node);
     SimulationTimeline timeline;
-    timeline.setTasks(list, {SimulationDates::Actual, SimulationShare::ByTime});
+    timeline.setTasks(listed(nodes), {SimulationDates::Actual, SimulationShare::ByTime});
     return timeline;
-}
-
-// In the middle of the plan, at half a day in a second and thirty pictures a second.
-QDateTime dateOf(int picture, int tasks)
-{
-    constexpr int secondsOfPicture = 24 * 60 * 60 / 2 / 30;
-    return firstDay().addDays(tasks / tasksAtATime * daysOfTask / 2).addSecs(picture * secondsOfPicture);
 }
 
 void play(benchmark::State& state)
 {
     const int tasks = int(state.range(0)) / elementsOfTask;
-    SimulationTimeline timeline = timelineOf(plan(tasks));
+    SimulationTimeline timeline = timelineOf(nodes(tasks));
     timeline.moveTo(dateOf(-1, tasks));
     for (auto _ : state) {
         qint64 changed = 0;
@@ -71,9 +34,9 @@ void play(benchmark::State& state)
 
 void take(benchmark::State& state)
 {
-    const QList<KvPlanNode> nodes = plan(int(state.range(0)) / elementsOfTask);
+    const QList<KvPlanNode> all = nodes(int(state.range(0)) / elementsOfTask);
     for (auto _ : state)
-        benchmark::DoNotOptimize(timelineOf(nodes).elementCount());
+        benchmark::DoNotOptimize(timelineOf(all).elementCount());
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "GraphicsCheck.h"
 #include "LooksTexture.h"
+#include "SceneEnd.h"
 
 #include <Qt3DCore/QAspectEngine>
 #include <Qt3DCore/QEntity>
@@ -33,11 +34,6 @@
 #include <Qt3DRender/QShaderProgram>
 #include <Qt3DRender/QTechnique>
 #include <Qt3DRender/QViewport>
-
-#include <QtCore/QCoreApplication>
-#include <QtCore/QPointer>
-
-#include <cstring>
 
 using namespace Qt3DRender;
 
@@ -157,34 +153,6 @@ QAbstractTexture* newTarget(QRenderTarget* target, QRenderTargetOutput::Attachme
     return texture;
 }
 
-// Qt 3D asks one of its objects, in this thread, for a surface on which its drawing thread can clean up in
-// the end. When this thread is held up while that one starts, it asks before it has the object, and nothing
-// comes of it; to end it then ends the program. All that can be seen of it from here is whether such an
-// object is asked: each by one scene, the youngest that waits.
-class EndWatch : public QObject
-{
-public:
-    EndWatch() { QCoreApplication::instance()->installEventFilter(this); }
-
-    bool canEnd() const { return m_isAsked; }
-
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        static QPointer<QObject> last;
-        if (event->type() != QEvent::MetaCall || watched == last ||
-            std::strcmp(watched->metaObject()->className(), "Qt3DRender::Render::OffscreenSurfaceHelper") !=
-                0)
-            return false;
-        last = watched;
-        m_isAsked = true;
-        QCoreApplication::instance()->removeEventFilter(this);
-        return false;
-    }
-
-private:
-    bool m_isAsked = false;
-};
-
 } // namespace
 
 struct BuildingScene::Parts
@@ -199,7 +167,7 @@ struct BuildingScene::Parts
         LooksTexture* shapes = nullptr;
     };
 
-    EndWatch end; // before what it watches
+    SceneEnd end; // before the engine
     Qt3DCore::QAspectEngine engine;
     Qt3DCore::QEntity* root = new Qt3DCore::QEntity;
     QRenderSettings* settings = new QRenderSettings(root);
@@ -267,12 +235,12 @@ BuildingScene::BuildingScene(QObject* surface, const QSize& pictureSize, QObject
 
 BuildingScene::~BuildingScene()
 {
-    if (!m_parts->end.canEnd()) // it may be asked already, in an event that was not handled yet
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
-    if (m_parts->end.canEnd())
+    if (m_parts->end.isPossible()) {
         m_parts->engine.setRootEntity({});
-    else
+    } else {
+        m_parts->settings->setRenderPolicy(QRenderSettings::OnDemand);
         m_parts.release(); // stays, without anything that it could draw on
+    }
 }
 
 void BuildingScene::setModel(const std::shared_ptr<const BuildingModel>& model)
