@@ -5,6 +5,7 @@
 #include "../http/Service.h"
 #include "../operation/Metrics.h"
 #include "../store/OpenStore.h"
+#include "../store/PlanCache.h"
 #include "Commands.h"
 
 #include <algorithm>
@@ -62,6 +63,10 @@ void addServeOptions(Options& options)
     options.add(QStringLiteral("reply-memory"),
                 QStringLiteral("MiB that replies with whole plans may take together; further ones wait."),
                 QStringLiteral("N"), QStringLiteral("2048"));
+    options.add(QStringLiteral("plan-cache"),
+                QStringLiteral("MiB for the text of plans that were read, which is sent again while the plan "
+                               "stays as it is; 0 keeps none."),
+                QStringLiteral("N"), QStringLiteral("256"));
     options.add(
         QStringLiteral("request-memory"),
         QStringLiteral("MiB that requests may take together while they come in; further large ones are "
@@ -128,6 +133,17 @@ void watchLoad(Metrics& metrics, WorkerPool& workers, int workerCount, const Htt
                   [&workers] { return static_cast<double>(workers.load().waiting); });
 }
 
+void watchPlanCache(Metrics& metrics, const PlanCache& texts)
+{
+    metrics.watchTotal("planservice_plan_cache_hits_total", "Plans sent as they were kept.",
+                       [&texts] { return static_cast<double>(texts.numbers().hits); });
+    metrics.watchTotal("planservice_plan_cache_misses_total",
+                       "Plans asked for that were not kept, or not in the version that they have now.",
+                       [&texts] { return static_cast<double>(texts.numbers().misses); });
+    metrics.watch("planservice_plan_cache_bytes", "Text of plans that is kept.",
+                  [&texts] { return static_cast<double>(texts.numbers().bytes); });
+}
+
 } // namespace
 
 int runServe(const QStringList& arguments)
@@ -168,7 +184,11 @@ int runServe(const QStringList& arguments)
                       options.text(QStringLiteral("without-tls"))});
     }
     const Router router(serviceRoutes());
-    WorkerPool workers(workerCount, longestQueue, [database] { return connectStore(database); });
+    const auto texts =
+        std::make_shared<PlanCache>(qint64{options.number(QStringLiteral("plan-cache"), 0, 1 << 20)} << 20);
+    watchPlanCache(metrics, *texts);
+    WorkerPool workers(workerCount, longestQueue,
+                       [database, texts] { return connectStore(database, texts); });
     Service service(router, workers, log, metrics,
                     qint64{options.number(QStringLiteral("reply-memory"), 1, 1 << 20)} << 20);
     HttpServer server(

@@ -18,13 +18,15 @@ ApiError noSuchPlanNode(const QString& id)
             QStringLiteral("there is no plan node '%1'").arg(shortened(id)), QStringLiteral("planNodeId")};
 }
 
-Reply planReply(const Call& call, const QString& id)
+Reply planReply(const Call& call, const QString& id, const QString& version)
 {
-    const JsonPieces json = call.store.planJson(id);
-    if (json.isEmpty()) {
+    const std::shared_ptr<PlanText> text = call.store.planText(id, version);
+    if (!text) {
         throw noSuchPlan(id); // it went between the two looks
     }
-    return {200, json, {}, {}};
+    Reply reply{200, text->pieces, {}, {}};
+    reply.sharedLease = {text, &text->lease};
+    return reply;
 }
 
 Reply getPlan(const Call& call)
@@ -35,7 +37,7 @@ Reply getPlan(const Call& call)
         throw noSuchPlan(id);
     }
     call.caller.requireRead(*plan);
-    return planReply(call, id);
+    return planReply(call, id, plan->planVersion);
 }
 
 Reply getPlanNode(const Call& call)

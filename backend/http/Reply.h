@@ -29,6 +29,8 @@ struct Reply
     const char* contentType = "application/json; charset=utf-8";
     ReplyNote note = {};
     bool closes = false; ///< whether the connection ends with it
+    /// Set when other replies share the body: what they all hold together, while one of them holds it.
+    std::shared_ptr<std::weak_ptr<void>> sharedLease = {};
 
     qint64 size() const
     {

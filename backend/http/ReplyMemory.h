@@ -36,12 +36,20 @@ public:
         return true;
     }
 
-    /// Counts @p bytes until the last copy of the lease is gone.
-    std::shared_ptr<void> lease(qint64 bytes)
+    /// Counts @p bytes until the last copy of the lease is gone. @param shared where the lease stands of
+    /// others who hold the same bytes, which count once; may be nullptr.
+    std::shared_ptr<void> lease(qint64 bytes, std::weak_ptr<void>* shared = nullptr)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_held += bytes;
-        return std::shared_ptr<void>(nullptr, [this, bytes](void*) { release(bytes); });
+        std::shared_ptr<void> lease = shared ? shared->lock() : nullptr;
+        if (!lease) {
+            m_held += bytes;
+            lease = std::shared_ptr<void>(this, [this, bytes](void*) { release(bytes); });
+        }
+        if (shared) {
+            *shared = lease;
+        }
+        return lease;
     }
 
     /// Forgets those who wait; nobody has to wait from now on.

@@ -76,7 +76,7 @@ void Service::run(const std::shared_ptr<Pending>& pending, Store& store)
     Reply reply = answer(pending->request, pending->match, store, userId);
     reply.note = {pending->match.route->pathTemplate, userId, DatabaseTime::take()};
     if (large) {
-        reply.lease = m_replyMemory.lease(reply.size());
+        reply.lease = m_replyMemory.lease(reply.size(), reply.sharedLease.get());
     }
     pending->respond(std::move(reply));
     store.tidyUp();

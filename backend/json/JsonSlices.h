@@ -36,7 +36,8 @@ private:
     int m_position;
 };
 
-/// Where the string ends whose first character is at @p at: at its closing quote, or at @p end when it has none.
+/// Where the string ends whose first character is at @p at: at its closing quote, or at @p end when it has
+/// none.
 const char* stringEnd(const char* at, const char* end);
 
 /// The members of the object that @p json consists of, in order and without looking into the values: they

@@ -13,6 +13,7 @@
 #include <QDateTime>
 #include <QFile>
 
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -89,6 +90,8 @@ public:
                                            .Register(registry)
                                            .Add({});
     std::vector<std::pair<prometheus::Gauge*, Gauge>> gauges;
+    std::vector<std::pair<prometheus::Counter*, Gauge>> totals;
+    std::mutex reading; ///< held while the numbers above are looked up
 };
 
 Metrics::Metrics()
@@ -133,8 +136,19 @@ void Metrics::watch(const char* name, const char* help, Gauge gauge)
     d->gauges.emplace_back(&kept, std::move(gauge));
 }
 
+void Metrics::watchTotal(const char* name, const char* help, Gauge total)
+{
+    prometheus::Counter& kept =
+        prometheus::BuildCounter().Name(name).Help(help).Register(d->registry).Add({});
+    d->totals.emplace_back(&kept, std::move(total));
+}
+
 QByteArray Metrics::text() const
 {
+    const std::lock_guard<std::mutex> lock(d->reading);
+    for (const auto& total : d->totals) {
+        total.first->Increment(total.second() - total.first->Value());
+    }
     for (const auto& gauge : d->gauges) {
         gauge.first->Set(gauge.second());
     }

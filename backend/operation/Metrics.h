@@ -28,6 +28,9 @@ public:
     /// text().
     void watch(const char* name, const char* help, Gauge gauge);
 
+    /// The same for a number that only grows.
+    void watchTotal(const char* name, const char* help, Gauge total);
+
     /// What stands now. May be called from any thread.
     QByteArray text() const;
 

@@ -136,7 +136,8 @@ void replaceAtOnce(const PostgresTools& tools, PostgresDatabase& database, const
             filling += archive.fillingScript(table);
         }
     }
-    psql.write(emptying + filling + "COMMIT;\n");
+    // A backup may have been edited, so its versions say nothing of what services keep of the plans.
+    psql.write(emptying + filling + newVersionsOfPostgresPlans().toUtf8() + ";\nCOMMIT;\n");
     PostgresTools::finish(psql);
 }
 

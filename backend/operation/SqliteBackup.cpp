@@ -151,6 +151,8 @@ void replaceContents(SqliteDatabase& database, bool keepTokens)
             database.execute(sql("INSERT INTO main.%1 SELECT * FROM staged.%1").arg(table.first));
         }
     }
+    // A backup may have been edited, so its versions say nothing of what services keep of the plans.
+    database.execute(newVersionsOfPlans());
 }
 
 QString nameToKeep(const QString& database)

@@ -165,6 +165,12 @@ Migration expiryOfTokens()
     return {7, {text("ALTER TABLE tokens ADD COLUMN expiresAt TEXT")}};
 }
 
+/// What tells one state of a plan from every other.
+Migration versionsOfPlans()
+{
+    return {8, {text("ALTER TABLE plans ADD COLUMN version TEXT NOT NULL DEFAULT ''"), newVersionsOfPlans()}};
+}
+
 void apply(SqlDatabase& database, const Migration& step)
 {
     database.beginMigration();
@@ -185,10 +191,16 @@ void apply(SqlDatabase& database, const Migration& step)
 
 } // namespace
 
+QString newVersionsOfPlans()
+{
+    return QStringLiteral("UPDATE plans SET version = lower(hex(randomblob(16)))");
+}
+
 const QList<Migration>& migrations()
 {
-    static const QList<Migration> steps{plansAndNodes(), tokensAndRights(),  userSettings(),  planLists(),
-                                        progress(),      nodesWithoutPlan(), expiryOfTokens()};
+    static const QList<Migration> steps{plansAndNodes(),  tokensAndRights(), userSettings(),
+                                        planLists(),      progress(),        nodesWithoutPlan(),
+                                        expiryOfTokens(), versionsOfPlans()};
     return steps;
 }
 

@@ -19,6 +19,11 @@ const QList<Migration>& migrations();
 /// The same for PostgreSQL. Versions mean the same in both; PostgreSQL's begins with the seventh as a whole.
 const QList<Migration>& postgresMigrations();
 
+/// The statement, of the eighth step and of a restore, that gives every plan a version which no state of a
+/// plan had before; see Store::planText().
+QString newVersionsOfPlans();
+QString newVersionsOfPostgresPlans();
+
 /// Brings the database up to the last of @p steps. Each step and its version number are one transaction, so a
 /// crash leaves a whole version behind and the next start goes on from there. Throws StoreError when the
 /// database is newer than @p steps or a step fails; what was committed stays.

@@ -64,14 +64,15 @@ std::unique_ptr<Store> openStore(const QString& database, MissingDatabase missin
                                                                   : openSqlite(database, missing));
 }
 
-std::unique_ptr<Store> connectStore(const QString& database)
+std::unique_ptr<Store> connectStore(const QString& database, std::shared_ptr<PlanCache> texts)
 {
     if (isPostgresAddress(database)) {
-        return std::make_unique<SqlStore>(std::make_unique<PostgresDatabase>(readPostgresAddress(database)));
+        return std::make_unique<SqlStore>(std::make_unique<PostgresDatabase>(readPostgresAddress(database)),
+                                          std::move(texts));
     }
     auto file = std::make_unique<SqliteDatabase>(database);
     file->setUp();
-    return std::make_unique<SqlStore>(std::move(file));
+    return std::make_unique<SqlStore>(std::move(file), std::move(texts));
 }
 
 } // namespace PlanService

@@ -4,6 +4,8 @@
 
 namespace PlanService {
 
+class PlanCache;
+
 enum class MissingDatabase
 {
     Refuse,
@@ -19,7 +21,8 @@ enum class MissingDatabase
 /// database, which has to be there already: creating means its tables then.
 std::unique_ptr<Store> openStore(const QString& database, MissingDatabase missing);
 
-/// One more connection, for the calling thread, to a database that openStore has brought up to date.
-std::unique_ptr<Store> connectStore(const QString& database);
+/// One more connection, for the calling thread, to a database that openStore has brought up to date. @param
+/// texts keeps plans for all connections that are given it; may be missing.
+std::unique_ptr<Store> connectStore(const QString& database, std::shared_ptr<PlanCache> texts = nullptr);
 
 } // namespace PlanService

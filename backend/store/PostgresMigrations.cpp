@@ -111,11 +111,24 @@ Migration wholeSchema()
               " WHERE m.value <> 'null' $$")}};
 }
 
+/// What tells one state of a plan from every other.
+Migration versionsOfPlans()
+{
+    return {8,
+            {text("ALTER TABLE plans ADD COLUMN version TEXT NOT NULL DEFAULT ''"),
+             newVersionsOfPostgresPlans()}};
+}
+
 } // namespace
+
+QString newVersionsOfPostgresPlans()
+{
+    return QStringLiteral("UPDATE plans SET version = replace(CAST(gen_random_uuid() AS TEXT), '-', '')");
+}
 
 const QList<Migration>& postgresMigrations()
 {
-    static const QList<Migration> steps{wholeSchema()};
+    static const QList<Migration> steps{wholeSchema(), versionsOfPlans()};
     return steps;
 }
 

@@ -51,6 +51,9 @@ bool SqlStore::addPlanNode(const PlanNodeRecord& node)
     QSqlQuery& insertion = m_database->run(one, parametersOf(node, *m_database));
     const bool added = insertion.numRowsAffected() > 0;
     insertion.finish();
+    if (added) {
+        touch(node.planId);
+    }
     return added;
 }
 
@@ -87,7 +90,9 @@ QVector<int> SqlStore::addTogether(const QVector<PlanNodeRecord>& nodes, int fir
     QVector<int> refused;
     for (int i = first; i < first + count; ++i) {
         // An id that stands twice among the nodes was added once.
-        if (!added.remove(nodes.at(i).id)) {
+        if (added.remove(nodes.at(i).id)) {
+            touch(nodes.at(i).planId);
+        } else {
             refused.append(i);
         }
     }
@@ -120,6 +125,7 @@ void SqlStore::updatePlanNode(const PlanNodeRecord& node)
                   " WHERE id = ?"),
               parametersOf(node, *m_database))
         .finish();
+    touch(node.planId);
 }
 
 void SqlStore::updatePlanNodes(const QVector<PlanNodeRecord>& nodes)
@@ -139,6 +145,7 @@ void SqlStore::updatePlanNodes(const QVector<PlanNodeRecord>& nodes)
         QVariantList parameters;
         for (int i = next; i < next + atOnce; ++i) {
             parameters += parametersOf(nodes.at(i), *m_database);
+            touch(nodes.at(i).planId);
         }
         m_database->run(insertionOf(atOnce) + change, parameters).finish();
     }
@@ -155,6 +162,7 @@ void SqlStore::moveNodes(const QString& planId, const QString& fromCategory, con
                   " WHERE planId = ? AND category = ?"),
               {orEmpty(toCategory), orEmpty(toCategory), planId, orEmpty(fromCategory)})
         .finish();
+    touch(planId);
 }
 
 void SqlStore::keepPlanNodes(const QString& planId, const QStringList& ids)
@@ -166,13 +174,17 @@ void SqlStore::keepPlanNodes(const QString& planId, const QStringList& ids)
                   " (SELECT value FROM {elements}(CAST(? AS {json})))"),
               {planId, m_database->text(list)})
         .finish();
+    touch(planId);
 }
 
 bool SqlStore::removePlanNode(const QString& planNodeId)
 {
-    QSqlQuery& removal = m_database->run(sql("DELETE FROM planNodes WHERE id = ?"), {planNodeId});
-    const bool found = removal.numRowsAffected() > 0;
+    QSqlQuery& removal =
+        m_database->run(sql("DELETE FROM planNodes WHERE id = ? RETURNING planId"), {planNodeId});
+    const bool found = m_database->next(removal);
+    const QString planId = found ? removal.value(0).toString() : QString();
     removal.finish();
+    touch(planId);
     return found;
 }
 
@@ -191,6 +203,7 @@ void SqlStore::copyPlanNodes(const QString& fromPlanId, const PlanRecord& plan, 
                   "  FROM planNodes WHERE planId = ?) n"),
               {plan.id, plan.createdAt, orEmpty(plan.createdBy), idPrefix, fromPlanId})
         .finish();
+    touch(plan.id);
 }
 
 } // namespace PlanService

@@ -24,6 +24,7 @@ void SqlStore::insertPlan(const PlanRecord& plan)
                 " VALUES (?, ?, ?, ?, ?, ?, CAST(? AS TEXT), ?)"),
             parametersOf(plan, *m_database))
         .finish();
+    touch(plan.id);
 }
 
 void SqlStore::updatePlan(const PlanRecord& plan)
@@ -33,6 +34,7 @@ void SqlStore::updatePlan(const PlanRecord& plan)
                   " createdBy = ?, document = CAST(? AS TEXT) WHERE id = ?"),
               parametersOf(plan, *m_database))
         .finish();
+    touch(plan.id);
 }
 
 bool SqlStore::removePlan(const QString& planId)

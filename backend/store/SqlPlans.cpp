@@ -18,36 +18,51 @@ constexpr int nodesPerPiece = 250;
 std::optional<Ownership> SqlStore::planOwnership(const QString& planId)
 {
     QSqlQuery& row = m_database->run(
-        sql("SELECT projectId, category, createdBy FROM plans WHERE id = ?") + keptByUs(), {planId});
+        sql("SELECT projectId, category, createdBy, version FROM plans WHERE id = ?") + keptByUs(), {planId});
     std::optional<Ownership> ownership;
     if (row.next()) {
-        ownership = Ownership{row.value(0).toString(), row.value(1).toString(), {row.value(2).toString()}};
+        ownership = Ownership{row.value(0).toString(),
+                              row.value(1).toString(),
+                              {row.value(2).toString()},
+                              row.value(3).toString()};
     }
     row.finish();
     return ownership;
 }
 
-JsonPieces SqlStore::planJson(const QString& planId)
+std::shared_ptr<PlanText> SqlStore::planText(const QString& planId, const QString& version)
 {
-    JsonPieces pieces;
+    std::shared_ptr<PlanText> text = m_texts ? m_texts->find(planId, version) : nullptr;
+    if (text) {
+        return text;
+    }
+    QString found;
     // All pieces come from one snapshot, whatever is written meanwhile.
     m_database->beginReading();
     try {
-        const QVariant head = m_database->value(
-            sql("SELECT CAST(substr(document, 1, length(document) - 1) || ',\"tasks\":[' AS {bytes})"
+        QSqlQuery& head = m_database->run(
+            sql("SELECT CAST(substr(document, 1, length(document) - 1) || ',\"tasks\":[' AS {bytes}), version"
                 " FROM plans WHERE id = ?"),
             {planId});
-        if (head.isValid()) {
-            pieces.append(head.toByteArray());
-            appendNodes(planId, pieces);
-            pieces.append(QByteArrayLiteral("]}"));
+        if (head.next()) {
+            text = std::make_shared<PlanText>();
+            text->pieces.append(head.value(0).toByteArray());
+            found = head.value(1).toString();
+        }
+        head.finish();
+        if (text) {
+            appendNodes(planId, text->pieces);
+            text->pieces.append(QByteArrayLiteral("]}"));
         }
         m_database->commit();
     } catch (...) {
         m_database->rollback();
         throw;
     }
-    return pieces;
+    if (text && m_texts) {
+        m_texts->keep(planId, found, text);
+    }
+    return text;
 }
 
 void SqlStore::appendNodes(const QString& planId, JsonPieces& pieces)

@@ -1,5 +1,9 @@
 #include "SqlStore.h"
 
+#include <QUuid>
+
+#include <algorithm>
+
 namespace PlanService {
 
 namespace {
@@ -28,8 +32,9 @@ QList<TokenRecord> tokensFrom(QSqlQuery& rows)
 
 } // namespace
 
-SqlStore::SqlStore(std::unique_ptr<SqlDatabase> database)
+SqlStore::SqlStore(std::unique_ptr<SqlDatabase> database, std::shared_ptr<PlanCache> texts)
     : m_database(std::move(database))
+    , m_texts(std::move(texts))
 {
 }
 
@@ -134,20 +139,59 @@ void SqlStore::setUserSetting(const QString& userId, const QString& key, const Q
 
 void SqlStore::begin()
 {
+    forgetTouched();
     m_database->beginWriting();
     m_writing = true;
 }
 
 void SqlStore::commit()
 {
+    // Last of all, as others who change the same plan wait from here on; always in the same order, or two of
+    // them might wait for each other.
+    QStringList touched = m_touched.values();
+    std::sort(touched.begin(), touched.end());
+    for (const QString& planId : qAsConst(touched)) {
+        renewVersion(planId);
+    }
     m_database->commit();
     m_writing = false;
+    forgetTouched();
 }
 
 void SqlStore::rollback() noexcept
 {
     m_database->rollback();
     m_writing = false;
+    forgetTouched();
+}
+
+void SqlStore::forgetTouched() noexcept
+{
+    m_touched.clear();
+    m_lastTouched.clear();
+}
+
+void SqlStore::touch(const QString& planId)
+{
+    if (planId.isEmpty() || planId == m_lastTouched) {
+        return;
+    }
+    if (!m_writing) {
+        renewVersion(planId);
+        return;
+    }
+    m_touched.insert(planId);
+    m_lastTouched = planId;
+}
+
+void SqlStore::renewVersion(const QString& planId)
+{
+    // Drawn by lot, so that no other state of a plan ever has it: not one that is restored, nor that of a
+    // plan which is made anew under the same id.
+    m_database
+        ->run(sql("UPDATE plans SET version = ? WHERE id = ?"),
+              {QUuid::createUuid().toString(QUuid::Id128), planId})
+        .finish();
 }
 
 QString SqlStore::changedByUs() const

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "PlanCache.h"
 #include "SqlDatabase.h"
+
+#include <QSet>
 
 namespace PlanService {
 
@@ -11,13 +14,14 @@ struct SqlStatement;
 class SqlStore final : public Store
 {
 public:
-    /// Opens an up-to-date database of ours; see openStore.
-    explicit SqlStore(std::unique_ptr<SqlDatabase> database);
+    /// Opens an up-to-date database of ours; see openStore. @param texts is shared with the other stores of
+    /// this database, and may be missing.
+    explicit SqlStore(std::unique_ptr<SqlDatabase> database, std::shared_ptr<PlanCache> texts = nullptr);
 
     int schemaVersion() override;
 
     std::optional<Ownership> planOwnership(const QString& planId) override;
-    JsonPieces planJson(const QString& planId) override;
+    std::shared_ptr<PlanText> planText(const QString& planId, const QString& version) override;
     int planNodeCount(const QString& planId) override;
     std::optional<PlanRecord> plan(const QString& planId) override;
     bool hasPlanNamed(const QString& projectId, const QString& name) override;
@@ -81,6 +85,10 @@ private:
     /// Rows of one statement. @return the places as addPlanNodes().
     QVector<int> addTogether(const QVector<PlanNodeRecord>& nodes, int first, int count);
     void appendNodes(const QString& planId, JsonPieces& pieces);
+    /// Notes that what planText() gives of the plan changes; an empty id stands for no plan.
+    void touch(const QString& planId);
+    void renewVersion(const QString& planId);
+    void forgetTouched() noexcept;
     template<typename Query, typename Answer>
     auto searched(const Query& query, SqlStatement (*rows)(const QString&, const Query&),
                   const Answer& answer) -> decltype(answer(query));
@@ -96,6 +104,9 @@ private:
     QString keptByUs() const;
 
     std::unique_ptr<SqlDatabase> m_database;
+    std::shared_ptr<PlanCache> m_texts;
+    QSet<QString> m_touched;
+    QString m_lastTouched;
     bool m_writing = false;
 };
 

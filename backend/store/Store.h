@@ -144,6 +144,7 @@ struct Ownership
     QString projectId;
     QString category;
     QStringList users; ///< everybody who counts as "own": the creator, and for nodes all users named on it
+    QString planVersion = {}; ///< of a plan, as planText() takes it; empty for nodes
 };
 
 /// Asks for plans of one project, in the order of their creation and, within the same instant, their ids.
@@ -209,6 +210,14 @@ struct RightsRecord
 /// JSON text in pieces that follow each other; a list of any length never has to stand in one allocation.
 using JsonPieces = QList<QByteArray>;
 
+/// A plan as it goes out. One object may serve many replies at a time; the pieces do not change any more.
+struct PlanText
+{
+    JsonPieces pieces;
+    std::weak_ptr<void> lease =
+        {}; ///< of what it takes while replies with it are on their way; see ReplyMemory
+};
+
 /// Everything the service asks of a database, free of any driver's words. One object serves one thread; the
 /// calls block, and throw StoreError when the database fails.
 class Store
@@ -224,9 +233,17 @@ public:
 
     /// @return nothing when there is no such plan.
     virtual std::optional<Ownership> planOwnership(const QString& planId) = 0;
-    /// The plan with all its nodes under "tasks", in row order, read from one snapshot.
-    /// @return an empty list when there is no such plan.
-    virtual JsonPieces planJson(const QString& planId) = 0;
+    /// The plan with all its nodes under "tasks", in row order, of one moment. @param version as
+    /// planOwnership() told it just before, or empty; where the text of that version is kept the database is
+    /// not asked again.
+    /// @return nothing when there is no such plan.
+    virtual std::shared_ptr<PlanText> planText(const QString& planId, const QString& version) = 0;
+    /// The same from the database. @return an empty list when there is no such plan.
+    JsonPieces planJson(const QString& planId)
+    {
+        const std::shared_ptr<PlanText> text = planText(planId, QString());
+        return text ? text->pieces : JsonPieces();
+    }
     virtual int planNodeCount(const QString& planId) = 0;
     /// @return nothing when there is no such plan.
     virtual std::optional<PlanRecord> plan(const QString& planId) = 0;
@@ -300,6 +317,8 @@ public:
     virtual QByteArray userSetting(const QString& userId, const QString& key) = 0;
     virtual void setUserSetting(const QString& userId, const QString& key, const QByteArray& value) = 0;
 
+    /// What changes plans and nodes gives each plan that it touches another version, at commit(). It has to
+    /// stand between begin() and commit(), or a crash may leave the change without its version.
     virtual void insertPlan(const PlanRecord& plan) = 0;
     virtual void insertPlanNode(const PlanNodeRecord& node) = 0;
     /// The same, unless another node has the id. @return false then, and nothing is inserted.

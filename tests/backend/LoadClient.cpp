@@ -289,8 +289,36 @@ void LoadClient::run(quint16 port, const std::atomic<bool>& stop, const std::fun
             return;
         }
         take(change, reply);
+        m_complaint = staleRead(http);
         told();
     }
+}
+
+QString LoadClient::staleRead(RawHttp& http)
+{
+    if (m_plans.isEmpty()) {
+        return QString();
+    }
+    const Plan plan = m_plans.value(m_plans.keys().at(m_counts.acknowledged % m_plans.size()));
+    const RawReply reply = http.get("/task-service/plans/" + plan.id);
+    if (reply.status == 0 || reply.status == 500 || reply.status == 503) {
+        return QString(); // the next change meets the same
+    }
+    Facts found;
+    const QJsonArray tasks = objectOf(reply).value("tasks"_s).toArray();
+    for (const QJsonValue& value : tasks) {
+        const QJsonObject node = value.toObject();
+        found.insert(factOfNode("node", plan.name, QString::number(node.value("uniqueId"_s).toInt())),
+                     nodeText(node.value("name"_s).toString(), node.value("finishedPercentage"_s).toInt()));
+    }
+    Facts expected;
+    const QString nodes = factOfNode("node", plan.name, QString());
+    for (auto it = m_states.back().lowerBound(nodes);
+         it != m_states.back().end() && it.key().startsWith(nodes); ++it) {
+        expected.insert(it.key(), it.value());
+    }
+    const QString difference = firstDifference(expected, found);
+    return difference.isEmpty() ? QString() : m_name + ": after a change was acknowledged, "_s + difference;
 }
 
 LoadClient::Seen LoadClient::look(quint16 port) const

@@ -96,6 +96,9 @@ private:
     QByteArray nodeId(const QString& plan, const QString& uniqueId) const;
     void take(const Change& change, const RawReply& reply);
     Seen look(quint16 port) const;
+    /// Reads one of the plans, as a whole, in which nothing may be missing of what was acknowledged. Empty:
+    /// so it is.
+    QString staleRead(RawHttp& http);
 
     QString m_name;
     QRandomGenerator m_random;
