@@ -99,8 +99,18 @@ void GanttChart::setColouring(GanttPainter::Colouring colouring)
 
 void GanttChart::setMarkedDate(const QDateTime& date)
 {
+    const bool wasInSight = isInSight(m_painter.markedDate());
     m_painter.setMarkedDate(date);
     viewport()->update();
+    // Whoever looks elsewhere is left there.
+    if (wasInSight && date.isValid() && !isInSight(date))
+        showDate(date);
+}
+
+bool GanttChart::isInSight(const QDateTime& date) const
+{
+    const double x = date.isValid() ? m_scale.xOf(date) - horizontalScrollBar()->value() : -1.0;
+    return x >= 0.0 && x < viewport()->width();
 }
 
 void GanttChart::setNow(const QDateTime& now)

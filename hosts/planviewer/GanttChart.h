@@ -23,7 +23,8 @@ public:
 
     void setColouring(GanttPainter::Colouring colouring);
     void setNow(const QDateTime& now);
-    /// Another date for the line to mark; null for now again.
+    /// Another date for the line to mark; null for now again. As long as the line is in sight it stays so
+    /// when it moves: the chart scrolls.
     void setMarkedDate(const QDateTime& date);
 
     void zoomIn() { zoomTo(m_scale.step() - 1, viewport()->width() / 2); }
@@ -59,6 +60,7 @@ private:
     void tasksChanged();
     void updateScrollBars();
     int positionAt(const QPoint& point) const;
+    bool isInSight(const QDateTime& date) const;
 
     QTreeView* m_tree;
     TaskModel* m_model;

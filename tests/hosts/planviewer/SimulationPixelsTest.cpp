@@ -4,10 +4,12 @@
 #include "SimulationStreet.h"
 
 #include <FloorHeightsPanel.h>
+#include <GanttChart.h>
 #include <KvNetwork/KvBaseApi.h>
 #include <KvSoftBase/KvSoftBase.h>
 #include <plandata/KvPlanData.h>
 
+#include <QtWidgets/QScrollBar>
 #include <QtWidgets/QSlider>
 
 using KvTest::ServiceProcess;
@@ -41,6 +43,20 @@ private:
     {
         return slabs({{0, 0}, {2, 0.25}, {2, 0.5}, {4, 1}, {4, 1}, {4, 1}, {4, 1}},
                      {{0, 0}, {1, 0}, {2, 0.5}, {3, 0.5}, {4, 1}, {5, 1}, {6, 1}});
+    }
+
+    // As in the middle, with some slabs tinted: two thirds of the highlight.
+    QVector<Expected> highlighted(const QVector<int>& numbers)
+    {
+        QVector<Expected> all = slabsInTheMiddle();
+        for (const int number : numbers) {
+            for (const int i : {2 * number, 2 * number + 1}) {
+                const QColor plain = all.at(i).colour;
+                all[i].colour =
+                    QColor((plain.red() + 2 * 255) / 3, (plain.green() + 2 * 170) / 3, plain.blue() / 3);
+            }
+        }
+        return all;
     }
 
 private Q_SLOTS:
@@ -228,6 +244,95 @@ private Q_SLOTS:
         QCOMPARE(expect(at(6, 18), none, none), QString());
         QCOMPARE(expect(at(8, 1), none, none), QString());
         QCOMPARE(expect(at(6, 16).addSecs(-1), TaskState::Finished, TaskState::InProgress), QString());
+    }
+
+    void aClickSelectsInTreeAndGantt_data()
+    {
+        QTest::addColumn<int>("view");
+        QTest::newRow("in the planned view") << int(planned);
+        QTest::newRow("in the actual view") << int(actual);
+    }
+    void aClickSelectsInTreeAndGantt()
+    {
+        QFETCH(int, view);
+        m_street->goTo(at(6, 15));
+        QCOMPARE(m_street->faults(slabsInTheMiddle()), QString());
+        const auto click = [&](const QVector3D& place, Qt::KeyboardModifiers keys) {
+            QTest::mouseClick(m_street->view().sceneWindow(), Qt::LeftButton, keys,
+                              m_street->seenAt(place, BuildingScene::View(view)));
+        };
+        const auto top = [](int number) {
+            return QVector3D(float(number) * 3 + 1, 1, 2);
+        };
+        click(top(5), Qt::NoModifier);
+        QCOMPARE(m_street->selectedNames(), QStringList({slab(5)}));
+        QCOMPARE(m_street->page().chart()->painter().selected(), QSet<int>({m_street->positionOf(slab(5))}));
+        QCOMPARE(m_street->faults(highlighted({5})), QString());
+        click(top(6), Qt::ControlModifier);
+        QCOMPARE(m_street->selectedNames(), QStringList({slab(5), slab(6)}));
+        QCOMPARE(m_street->page().chart()->painter().selected().size(), 2);
+        QCOMPARE(m_street->faults(highlighted({5, 6})), QString());
+        click(top(4), Qt::NoModifier);
+        QCOMPARE(m_street->selectedNames(), QStringList({slab(4)}));
+        // What is not built yet is looked through.
+        click(top(0), Qt::NoModifier);
+        QCOMPARE(m_street->selectedNames(), QStringList());
+        QCOMPARE(m_street->faults(slabsInTheMiddle()), QString());
+    }
+
+    void tasksChosenInTreeAndGanttAreHighlighted()
+    {
+        m_street->goTo(at(6, 15));
+        QTreeView* const tree = m_street->page().tree();
+        const QModelIndex row = m_street->model().indexOf(m_street->positionOf(slab(4)));
+        tree->scrollTo(row);
+        QTest::mouseClick(tree->viewport(), Qt::LeftButton, Qt::NoModifier, tree->visualRect(row).center());
+        QCOMPARE(m_street->selectedNames(), QStringList({slab(4)}));
+        QCOMPARE(m_street->faults(highlighted({4})), QString());
+
+        GanttChart& chart = *m_street->page().chart();
+        const int position = m_street->positionOf(slab(3));
+        chart.showTask(position);
+        const QPoint scrolled(chart.horizontalScrollBar()->value(), chart.verticalScrollBar()->value());
+        QTest::mouseClick(chart.viewport(), Qt::LeftButton, Qt::NoModifier,
+                          chart.painter().barOf(position).center().toPoint() - scrolled);
+        QCOMPARE(m_street->selectedNames(), QStringList({slab(3)}));
+        QCOMPARE(m_street->faults(highlighted({3})), QString());
+        m_street->page().selectTasks({});
+        QCOMPARE(m_street->faults(slabsInTheMiddle()), QString());
+    }
+
+    // Where it is drawn, and in sight also when the period is wider than the chart.
+    void theDateLineFollowsThePlayback()
+    {
+        PlaybackBar& playback = *m_street->simulation().playback();
+        GanttChart& chart = *m_street->page().chart();
+        while (chart.horizontalScrollBar()->maximum() < 2 * chart.viewport()->width())
+            chart.zoomIn();
+        playback.setDate(at(5, 10));
+        chart.showDate(at(5, 10));
+        playback.setSpeed(3.0);
+        playback.play();
+        int scrolls = 0;
+        int left = chart.horizontalScrollBar()->value();
+        while (playback.clock().isPlaying()) {
+            playback.advance(1000);
+            const QDateTime date = playback.date();
+            const int scrolled = chart.horizontalScrollBar()->value();
+            scrolls += scrolled == left ? 0 : 1;
+            left = scrolled;
+            const QImage image = chart.viewport()->grab().toImage();
+            const int expected = int(chart.scale().xOf(date)) - scrolled;
+            QVERIFY(expected >= 0 && expected < image.width());
+            bool isMarked = false;
+            for (int x = qMax(0, expected - 1); x <= qMin(image.width() - 1, expected + 1); ++x) {
+                const QColor pixel = image.pixelColor(x, image.height() - 2);
+                isMarked = isMarked || (pixel.red() > pixel.green() + 60 && pixel.red() > pixel.blue() + 60);
+            }
+            QVERIFY2(isMarked, qPrintable(date.toString(Qt::ISODate)));
+        }
+        QCOMPARE(playback.date(), at(8, 1));
+        QVERIFY(scrolls > 1);
     }
 
     void floorsStandApart()

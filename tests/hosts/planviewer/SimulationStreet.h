@@ -139,6 +139,15 @@ struct Street : SimulationViewer
     void setSet(const TimeLineSet& set) { settings().setSet(set); }
     void goTo(const QDateTime& date) { simulation().playback()->setDate(date); }
 
+    QStringList selectedNames()
+    {
+        QStringList names;
+        for (const int position : page().selectedTasks())
+            names.append(model().tasks().at(position).node.name);
+        names.sort();
+        return names;
+    }
+
     QColor background() { return simulation().palette().color(QPalette::Base); }
     QColor stateColour(int state) { return settings().colours().at(state); }
 
