@@ -24,7 +24,7 @@ start)
     # shellcheck disable=SC2016
     setsid pg_virtualenv -t -o fsync=off -o full_page_writes=off -o max_connections=300 \
         -c "--port=$port --locale=C.UTF-8 --encoding=UTF8" \
-        sh -c '"$4/replicas.sh" start "$1" "$3" || exit 1
+        sh -c '"$4/replicas.sh" start "$1" "$3" || { "$4/replicas.sh" stop "$1" "$3"; exit 1; }
             echo "postgresql://$PGUSER:$PGPASSWORD@$PGHOST:$PGPORT/" >"$1/address.new"
             mv "$1/address.new" "$1/address"
             while [ ! -e "$1/stop" ] && kill -0 "$2" 2>/dev/null; do sleep 0.2; done

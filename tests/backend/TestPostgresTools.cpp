@@ -220,6 +220,30 @@ private Q_SLOTS:
         QVERIFY(fresh.stop());
     }
 
+    void aPathIsNoCommand_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("quotes") << "it's a 'backup'"_s;
+        QTest::newRow("two quotes") << "''"_s;
+        QTest::newRow("backslashes") << "\\! touch ran\\"_s;
+        QTest::newRow("a backslash and a quote") << "\\' WITH x\\"_s;
+        QTest::newRow("a command in quotes") << "' PROGRAM 'touch ran"_s;
+        QTest::newRow("a variable") << "x :name :'name' `touch ran` $HOME"_s;
+        QTest::newRow("another alphabet") << "备份"_s;
+        QTest::newRow("an option") << "--help"_s;
+    }
+    void aPathIsNoCommand()
+    {
+        QFETCH(QString, name);
+        const QString folder = path(name);
+        QVERIFY(QDir().mkpath(folder));
+        const QString file = folder + QLatin1Char('/') + name;
+        QCOMPARE(backUp(m_seeded.database(), file).exitCode, 0);
+        QCOMPARE(restoreBothWays(file, true), QString());
+        QCOMPARE(QDir(folder).entryList({"ran*"_s, "*.part"_s}), QStringList());
+        QVERIFY(!QFile::exists("ran"_s));
+    }
+
     void noProcessShowsASecret_data()
     {
         QTest::addColumn<QString>("place");
