@@ -1,6 +1,7 @@
 // The simulation in the window as a person uses it, on the real service, with what is drawn looked at pixel
 // by pixel.
 
+#include "KeptSettings.h"
 #include "SimulationViewer.h"
 
 #include <FloorHeightsPanel.h>
@@ -31,6 +32,19 @@ private:
     ServiceProcess m_service;
     QTemporaryDir m_folder;
     QString m_model;
+    std::unique_ptr<Viewer> m_viewer; // of the tests that change nothing for those after them
+
+    bool showBuilding()
+    {
+        if (!m_viewer) {
+            m_viewer = std::make_unique<Viewer>();
+            if (!m_viewer->openBuilding(m_model))
+                return false;
+        }
+        m_viewer->window.showSimulation();
+        m_viewer->page().selectTasks({});
+        return m_viewer->simulation().hasModel();
+    }
 
     static QDateTime day(int month, int number)
     {
@@ -49,6 +63,8 @@ private Q_SLOTS:
         GetSoftCache()->setCurrentProjectId(seeded.value(QLatin1String("projectId")).toString());
         SetSettingsDirectory(m_folder.path());
     }
+
+    void cleanupTestCase() { m_viewer.reset(); }
 
     void thePageSaysWhatIsMissing()
     {
@@ -109,8 +125,8 @@ private Q_SLOTS:
 
     void elementsHaveTheColoursOfTheirStates()
     {
-        Viewer viewer;
-        QVERIFY(viewer.openBuilding(m_model));
+        QVERIFY(showBuilding());
+        Viewer& viewer = *m_viewer;
         QCOMPARE(viewer.simulation().message(), QString());
         QCOMPARE(viewer.simulation().gaps()->model()->count(SimulationGapsModel::ElementsWithoutGeometry), 0);
         viewer.lookFromAbove();
@@ -152,8 +168,8 @@ private Q_SLOTS:
 
     void aClickSelectsTasksAndTasksShowTheirElements()
     {
-        Viewer viewer;
-        QVERIFY(viewer.openBuilding(m_model));
+        QVERIFY(showBuilding());
+        Viewer& viewer = *m_viewer;
         viewer.lookFromAbove();
         const SimulationPeriod period = viewer.simulation().playback()->clock().period();
         viewer.simulation().playback()->setDate(period.finish);
@@ -198,8 +214,8 @@ private Q_SLOTS:
 
     void aDragTurnsAndTheWheelZooms()
     {
-        Viewer viewer;
-        QVERIFY(viewer.openBuilding(m_model));
+        QVERIFY(showBuilding());
+        Viewer& viewer = *m_viewer;
         QWindow* const scene = viewer.view().sceneWindow();
         const QVector3D before = viewer.view().camera().position();
         QSignalSpy clicked(&viewer.view(), &SimulationView::elementClicked);
@@ -221,8 +237,8 @@ private Q_SLOTS:
 
     void theDateLineFollowsThePlayback()
     {
-        Viewer viewer;
-        QVERIFY(viewer.openBuilding(m_model));
+        QVERIFY(showBuilding());
+        Viewer& viewer = *m_viewer;
         PlaybackBar& playback = *viewer.simulation().playback();
         playback.setDate(day(7, 1));
         QCOMPARE(viewer.page().chart()->painter().markedDate(), playback.date());
@@ -237,8 +253,8 @@ private Q_SLOTS:
 
     void floorsStandApart()
     {
-        Viewer viewer;
-        QVERIFY(viewer.openBuilding(m_model));
+        QVERIFY(showBuilding());
+        Viewer& viewer = *m_viewer;
         const QStringList floors = viewer.simulation().model()->floors();
         QVERIFY(floors.size() > 10);
         viewer.simulation().settings()->setFloorHeight(floors.at(0), 5.0);
@@ -252,28 +268,10 @@ private Q_SLOTS:
         viewer.simulation().settings()->resetFloorHeights(floors);
     }
 
-    void theModelIsThereAgainAtTheNextStart()
-    {
-        {
-            Viewer viewer;
-            QVERIFY(viewer.openBuilding(m_model));
-            TimeLineSet set = viewer.simulation().settings()->set();
-            set.DayForS = 7.5;
-            viewer.simulation().settings()->setSet(set);
-        }
-        Viewer viewer;
-        viewer.simulation().setReaderProgram(QStringLiteral(MODEL_READER));
-        viewer.open(0);
-        QVERIFY(!viewer.simulation().isReading()); // nobody looks yet
-        viewer.window.showSimulation();
-        QTRY_VERIFY_WITH_TIMEOUT(viewer.simulation().hasModel(), 60000);
-        QCOMPARE(viewer.simulation().playback()->clock().speed(), 7.5);
-    }
-
     void anEditIsSeen()
     {
-        Viewer viewer;
-        QVERIFY(viewer.openBuilding(m_model));
+        QVERIFY(showBuilding());
+        Viewer& viewer = *m_viewer;
         const SimulationPeriod before = viewer.simulation().playback()->clock().period();
         int last = viewer.model().tasks().size() - 1;
         while (!viewer.model().tasks().at(last).children.isEmpty() || viewer.model().isMilestone(last))
@@ -289,8 +287,8 @@ private Q_SLOTS:
 
     void framesAreWrittenAndCanceled()
     {
-        Viewer viewer;
-        QVERIFY(viewer.openBuilding(m_model));
+        QVERIFY(showBuilding());
+        Viewer& viewer = *m_viewer;
         FrameExport::Sequence sequence = viewer.simulation().sequence();
         sequence.daysPerSecond = double(sequence.period.start.msecsTo(sequence.period.finish)) /
                                  86400000.0; // all of it in a second
@@ -349,7 +347,56 @@ private Q_SLOTS:
         for (const QString& file : files)
             QVERIFY2(!QImage(dir.filePath(file)).isNull(), qPrintable(file));
     }
+
+    void aModelThatIsGoneAtTheNextStartIsTold()
+    {
+        m_viewer.reset();
+        const QString path = m_folder.filePath(QStringLiteral("moved.gltf"));
+        QVERIFY(QFile::copy(m_model, path));
+        {
+            Viewer viewer;
+            QVERIFY(viewer.openBuilding(path));
+        }
+        QVERIFY(QFile::remove(path));
+        Viewer viewer;
+        viewer.open(0);
+        QVERIFY(!viewer.simulation().isReading()); // nobody looks yet
+        viewer.window.showSimulation();
+        QTRY_VERIFY(!viewer.simulation().isReading());
+        QVERIFY2(viewer.simulation().message().contains(QStringLiteral("there is no")) &&
+                     viewer.simulation().message().contains(path),
+                 qPrintable(viewer.simulation().message()));
+    }
+
+    // Everything that can be set, set by its control, and shown by the controls of another process.
+    void settingsSurviveARestart()
+    {
+        QJsonObject expected;
+        {
+            Viewer viewer;
+            QVERIFY(viewer.openBuilding(m_model));
+            const QJsonObject before = Kept::shown(viewer);
+            Kept::change(viewer);
+            expected = Kept::shown(viewer);
+            QVERIFY(before.size() > 30);
+            for (const QString& key : before.keys())
+                QVERIFY2(before.value(key) != expected.value(key) || key == QStringLiteral("elements"),
+                         qPrintable(key));
+            QVERIFY(expected.value(QLatin1String("elements")).toInt() > 500);
+        }
+        const QJsonObject shown = Kept::shownByAnother(m_service.baseUrl(), m_folder.path());
+        for (const QString& key : expected.keys())
+            QCOMPARE(qMakePair(key, shown.value(key)), qMakePair(key, expected.value(key)));
+        QCOMPARE(shown, expected);
+    }
 };
 
-QTEST_MAIN(SimulationTest)
+int main(int argc, char* argv[])
+{
+    QApplication application(argc, argv);
+    if (qEnvironmentVariableIsSet("KV_TEST_SHOW_KEPT"))
+        return Kept::print();
+    SimulationTest test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "SimulationTest.moc"
