@@ -1,5 +1,7 @@
 #include "Commands.h"
 
+#include "../records/FieldReader.h"
+
 #include <QDate>
 
 #include <cstdio>
@@ -70,6 +72,19 @@ QString Options::required(const QString& name) const
     const QString value = text(name);
     if (value.isEmpty()) {
         throw UsageError(QStringLiteral("--%1 is needed; see planservice %2 --help").arg(name, m_command));
+    }
+    return value;
+}
+
+QString Options::indexedName(const QString& name) const
+{
+    const QString value = text(name);
+    const int bytes = value.toUtf8().size();
+    if (bytes > longestIndexedName) {
+        throw UsageError(QStringLiteral("--%1 has %2 bytes in UTF-8, at most %3 are accepted")
+                             .arg(name)
+                             .arg(bytes)
+                             .arg(longestIndexedName));
     }
     return value;
 }

@@ -48,6 +48,8 @@ public:
     bool has(const QString& name) const { return m_parser.isSet(name); }
     QString text(const QString& name) const { return m_parser.value(name); }
     QString required(const QString& name) const;
+    /// A text that the database keeps in indexes, of at most longestIndexedName; may be missing.
+    QString indexedName(const QString& name) const;
     int number(const QString& name, int smallest, int largest) const;
     /// yyyy-MM-dd; null when the option is not given and has no default.
     QDate date(const QString& name) const;

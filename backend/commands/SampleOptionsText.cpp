@@ -30,8 +30,10 @@ void addSampleOptions(Options& options)
 SampleOptions readSampleOptions(const Options& options)
 {
     SampleOptions sample;
-    sample.projectId = options.required(QStringLiteral("project"));
-    sample.category = options.required(QStringLiteral("category"));
+    options.required(QStringLiteral("project"));
+    options.required(QStringLiteral("category"));
+    sample.projectId = options.indexedName(QStringLiteral("project"));
+    sample.category = options.indexedName(QStringLiteral("category"));
     sample.floors = options.number(QStringLiteral("floors"), 0, 200);
     sample.nodes = options.number(QStringLiteral("nodes"), 0, 1000000);
     sample.seed =

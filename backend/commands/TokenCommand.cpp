@@ -11,8 +11,9 @@ namespace {
 RightsRecord rightsFrom(const Options& options)
 {
     RightsRecord rights;
-    rights.projectId = options.required(QStringLiteral("project"));
-    rights.category = options.text(QStringLiteral("category"));
+    options.required(QStringLiteral("project"));
+    rights.projectId = options.indexedName(QStringLiteral("project"));
+    rights.category = options.indexedName(QStringLiteral("category"));
     readRights(options.required(QStringLiteral("rights")), rights);
     return rights;
 }
@@ -64,7 +65,8 @@ QString stateOf(const TokenRecord& token)
 void createToken(const Options& options, Store& store)
 {
     TokenRecord token;
-    token.userId = options.required(QStringLiteral("user"));
+    options.required(QStringLiteral("user"));
+    token.userId = options.indexedName(QStringLiteral("user"));
     token.createdAt = now();
     token.expiresAt = expiryFrom(options);
     const RightsRecord rights = rightsFrom(options);

@@ -43,7 +43,7 @@ PlanRecord planOfNode(const Call& call, const FieldReader& node)
         return existingPlan(call, planId);
     }
     PlanRecord none;
-    none.projectId = node.text("projectId");
+    none.projectId = node.indexedName("projectId");
     if (none.projectId.isEmpty()) {
         node.refuse("projectId", QStringLiteral("missingValue"),
                     QStringLiteral("'projectId' has to name the project of a node that belongs to no plan"));

@@ -119,7 +119,10 @@ void Metrics::count(const AccessEntry& entry)
     Labels withStatus = route;
     withStatus.insert({"status", std::to_string(entry.status)});
     d->requests.Add(withStatus).Increment();
-    d->seconds.Add(route, secondsBuckets()).Observe(static_cast<double>(entry.microseconds) / 1e6);
+    // What could not be read has no last byte from which its time would count.
+    if (!entry.method.isEmpty()) {
+        d->seconds.Add(route, secondsBuckets()).Observe(static_cast<double>(entry.microseconds) / 1e6);
+    }
     if (entry.databaseMicroseconds > 0) {
         d->databaseSeconds.Observe(static_cast<double>(entry.databaseMicroseconds) / 1e6);
     }

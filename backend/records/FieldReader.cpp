@@ -103,6 +103,20 @@ QString FieldReader::text(const char* key) const
     return value.isUndefined() ? QString() : checked(key, value);
 }
 
+QString FieldReader::indexedName(const char* key) const
+{
+    const QString name = text(key);
+    const int bytes = name.toUtf8().size();
+    if (bytes > longestIndexedName) {
+        refuse(key, QStringLiteral("textTooLong"),
+               QStringLiteral("'%1' has %2 bytes in UTF-8, at most %3 are accepted")
+                   .arg(pathOf(key))
+                   .arg(bytes)
+                   .arg(longestIndexedName));
+    }
+    return name;
+}
+
 QString FieldReader::textOrNull(const char* key) const
 {
     return m_object.value(QLatin1String(key)).isNull() ? QString() : text(key);

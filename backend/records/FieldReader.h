@@ -9,6 +9,9 @@
 namespace PlanService {
 
 constexpr int longestText = 131072; ///< UTF-16 units of any text in a body
+/// UTF-8 bytes of names that databases keep in indexes, of projects, categories and users: two of them and
+/// what stands beside them fit into the 2,700 bytes that PostgreSQL has for an entry.
+constexpr int longestIndexedName = 1000;
 
 /// Reads the members of an object that a client sent. A member that is not there reads as its empty value;
 /// one of the wrong type throws ApiError 400 that names it, as "projectData[3].predecessors[0].Lag".
@@ -27,7 +30,9 @@ public:
     bool has(const char* key) const { return m_object.contains(QLatin1String(key)); }
     bool hasNumber(const char* key) const { return m_object.value(QLatin1String(key)).isDouble(); }
     QString text(const char* key) const;
-    /// The same; null reads as empty text too, as clients write ids that are not set.
+    /// A text of at most longestIndexedName.
+    QString indexedName(const char* key) const;
+    /// The same as text(); null reads as empty text too, as clients write ids that are not set.
     QString textOrNull(const char* key) const;
     /// Empty, or yyyy-MM-ddThh:mm:ss.zzz; see siteDate().
     QString date(const char* key) const;

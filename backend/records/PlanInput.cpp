@@ -83,7 +83,10 @@ PlanInput split(const QByteArray& body)
 void writeDocument(PlanRecord& plan, const QJsonObject& values, const Stamp& stamp)
 {
     const FieldReader in(values);
-    plan.category = in.text("category");
+    // What is stored already stays, however long it is.
+    if (in.text("category") != plan.category) {
+        plan.category = in.indexedName("category");
+    }
     plan.name = in.text("name");
     plan.createdAt = stamp.createdAt;
     plan.createdBy = stamp.createdBy;
@@ -178,7 +181,7 @@ PlanRecord newPlan(const QJsonObject& input, const QString& user)
 {
     PlanRecord plan;
     plan.id = newPlanId();
-    plan.projectId = FieldReader(input).text("projectId");
+    plan.projectId = FieldReader(input).indexedName("projectId");
     if (plan.projectId.isEmpty()) {
         throw ApiError(400, QStringLiteral("missingValue"),
                        QStringLiteral("'projectId' has to name the project that the plan belongs to"),

@@ -63,8 +63,9 @@ int displaySimulation(const FieldReader& node)
 void writePlanNode(PlanNodeRecord& node, const FieldReader& in, const Stamp& stamp)
 {
     const QString category = in.text("category");
-    if (!category.isEmpty()) {
-        node.category = category;
+    // What is stored already stays, however long it is.
+    if (!category.isEmpty() && category != node.category) {
+        node.category = in.indexedName("category");
     }
     node.name = in.text("name");
     node.rowNumber = in.whole("id").value_or(node.rowNumber);

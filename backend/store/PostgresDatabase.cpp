@@ -115,18 +115,27 @@ void PostgresDatabase::beginWriting()
     m_inTransaction = true;
 }
 
+void PostgresDatabase::limitSearch()
+{
+    // 0 would be no limit.
+    execute(QStringLiteral("SET LOCAL statement_timeout = %1").arg(qMax(1, longestSearch())));
+    m_isSearching = true;
+}
+
 void PostgresDatabase::commit()
 {
     m_committing = true;
     SqlDatabase::commit();
     m_committing = false;
     m_inTransaction = false;
+    m_isSearching = false;
 }
 
 void PostgresDatabase::rollback() noexcept
 {
     m_committing = false;
     m_inTransaction = false;
+    m_isSearching = false;
     if (!m_lost) {
         SqlDatabase::rollback();
     }
@@ -180,6 +189,9 @@ void PostgresDatabase::fail(const QSqlError& error)
     }
     if (is("55P03") || is("53300")) {
         throw StoreBusy(message);
+    }
+    if (is("57014") && m_isSearching) {
+        throw StoreTooSlow(message);
     }
     if (is("25006")) {
         throw StoreReadOnly(message);

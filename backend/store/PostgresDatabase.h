@@ -17,6 +17,7 @@ public:
 
     void beginReading() override;
     void beginWriting() override;
+    void limitSearch() override;
     void commit() override;
     void rollback() noexcept override;
     int schemaVersion() override;
@@ -38,6 +39,7 @@ private:
     bool m_lost = false;
     bool m_inTransaction = false;
     bool m_committing = false;
+    bool m_isSearching = false;
 };
 
 } // namespace PlanService

@@ -52,6 +52,10 @@ public:
     /// True when SQL has the function matches(pattern, text); otherwise patterns are looked for here.
     virtual bool knowsPatterns() const = 0;
 
+    /// Ends each statement of the transaction that was begun after longestSearch(), with StoreTooSlow, where
+    /// the database looks for rows in which patterns are looked for here.
+    virtual void limitSearch() {}
+
     /// How many rows one statement should insert where there are many.
     virtual int rowsAtOnce() const = 0;
 

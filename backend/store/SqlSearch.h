@@ -20,6 +20,7 @@ auto SqlStore::searched(const Query& query, SqlStatement (*rows)(const QString&,
     }
     m_database->beginReading();
     try {
+        m_database->limitSearch();
         PatternSearch search(query.where);
         Query found = query;
         found.where = search.wider();

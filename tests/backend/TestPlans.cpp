@@ -131,6 +131,66 @@ private Q_SLOTS:
         row("too many nodes", "\"projectData\":[" + QByteArray("{},").repeated(100000) + "{}]",
             "tooManyNodes projectData", 413);
     }
+    // Names by which records are found have one limit on every database, and up to it they all fit.
+    void namesThatIndexesKeep_data()
+    {
+        QTest::addColumn<int>("bytes");
+        QTest::addColumn<bool>("accepted");
+        QTest::newRow("as long as may be") << 1000 << true;
+        QTest::newRow("a byte longer") << 1001 << false;
+        QTest::newRow("longer than an entry of any index") << 20000 << false;
+    }
+    void namesThatIndexesKeep()
+    {
+        QFETCH(int, bytes);
+        QFETCH(bool, accepted);
+        // Letters by lot, which no database can make shorter.
+        QRandomGenerator random(static_cast<quint32>(bytes));
+        const auto longName = [&] {
+            QString name(bytes % 3, QLatin1Char('a'));
+            while (name.toUtf8().size() < bytes) {
+                name += QChar(static_cast<ushort>(random.bounded(0x4E00, 0x9FA5)));
+            }
+            return name;
+        };
+        const QString project = longName();
+        const QString category = longName();
+        RawHttp http(m_service.port());
+        const auto answers = [&](const QByteArray& method, const QByteArray& target, const QByteArray& body,
+                                 const QString& field) {
+            const RawReply reply = http.request(method, target, body);
+            return reply.status == (accepted ? 200 : 400) &&
+                   errorOf(reply) == (accepted ? " "_s : "textTooLong "_s + field);
+        };
+        const QString here = accepted ? project : "here"_s;
+        const QJsonObject plan = objectOf(http.request(
+            "POST", "/task-service/plans",
+            jsonOf({{"projectId"_s, here}, {"projectData"_s, QJsonArray{QJsonObject{{"name"_s, "n"_s}}}}})));
+        const QByteArray node = idOf(plan.value("tasks"_s).toArray().first().toObject());
+        const QByteArray inCategory = jsonOf({{"category"_s, category}});
+        QVERIFY(answers("POST", "/task-service/plans", jsonOf({{"projectId"_s, project}}), "projectId"_s));
+        QVERIFY(answers("POST", "/task-service/plans",
+                        jsonOf({{"projectId"_s, here}, {"category"_s, category}}), "category"_s));
+        QVERIFY(answers("POST", "/task-service/plans",
+                        jsonOf({{"projectId"_s, here},
+                                {"projectData"_s, QJsonArray{QJsonObject{{"category"_s, category}}}}}),
+                        "projectData[0].category"_s));
+        QVERIFY(
+            answers("POST", "/task-service/planNodes", jsonOf({{"projectId"_s, project}}), "projectId"_s));
+        QVERIFY(answers("POST", "/task-service/plans/" + idOf(plan) + "/planNodes", '[' + inCategory + ']',
+                        "[0].category"_s));
+        QVERIFY(answers("PUT", "/task-service/planNodes/" + node, inCategory, "category"_s));
+        QVERIFY(answers("PUT", "/task-service/planNodes",
+                        '[' + jsonOf({{"_id"_s, QString::fromLatin1(node)}, {"category"_s, category}}) + ']',
+                        "[0].category"_s));
+        QVERIFY(answers("PUT", "/task-service/plans/" + idOf(plan), inCategory, "category"_s));
+        const ServiceRun token =
+            ServiceProcess::run({"token"_s, "create"_s, "--database"_s, m_service.database(), "--user"_s,
+                                 project, "--project"_s, "p"_s, "--rights"_s, "nonsense"_s});
+        QCOMPARE(token.exitCode, accepted ? 1 : 2); // the rights are nonsense anyway
+        QCOMPARE(token.errors.contains("--user has"), !accepted);
+    }
+
     void refuses()
     {
         QFETCH(QByteArray, body);

@@ -308,9 +308,16 @@ private Q_SLOTS:
         store->rollback();
         QVERIFY(!store->plan("a"_s) && !store->plan("b"_s));
         store->begin();
-        store->insertPlan({"c"_s, "p"_s, "c"_s, "C"_s, {}, {}, {}, "{}"});
+        store->setUserSetting("ann"_s, "c"_s, "1");
         endConnections(*watcher, application);
         QVERIFY_EXCEPTION_THROWN(store->commit(), StoreUnsure);
+        store->rollback();
+        QCOMPARE(store->userSetting("ann"_s, "c"_s), QByteArray());
+        // A plan's version is written before the commit, so there is no doubt yet.
+        store->begin();
+        store->insertPlan({"c"_s, "p"_s, "c"_s, "C"_s, {}, {}, {}, "{}"});
+        endConnections(*watcher, application);
+        QVERIFY_EXCEPTION_THROWN(store->commit(), StoreLost);
         store->rollback();
         QVERIFY(!store->plan("c"_s));
     }
@@ -354,6 +361,34 @@ private Q_SLOTS:
         QVERIFY_EXCEPTION_THROWN(store.planCount(query), StoreTooSlow);
         query.where = Filter();
         QCOMPARE(store.planCount(query), 20);
+    }
+
+    // The rows in which a pattern is looked for are PostgreSQL's to find, within the same time.
+    void givesUpASearchThatPostgresqlTakesTooLongFor()
+    {
+        FreshDatabase fresh;
+        openStore(fresh.name(), MissingDatabase::Create)
+            ->insertPlan({"p"_s, "p"_s, "c"_s, "dig"_s, {}, {}, {}, "{}"});
+        const auto holder = connected(fresh.name());
+        holder->beginWriting();
+        holder->execute("LOCK TABLE plans IN ACCESS EXCLUSIVE MODE"_s);
+        auto database = connected(fresh.name());
+        database->setLongestSearch(100);
+        SqlDatabase& limited = *database;
+        SqlStore store(std::move(database));
+        static const FilterField name{"name", FieldKind::Text, "name"};
+        PlanQuery query;
+        query.projectId = "p"_s;
+        query.visible.elsewhere = ReadScope::All;
+        query.where.kind = Filter::Kind::Matches;
+        query.where.field = &name;
+        query.where.values = QStringList{"d.g"_s};
+        QVERIFY_EXCEPTION_THROWN(store.planCount(query), StoreTooSlow);
+        QVERIFY_EXCEPTION_THROWN(store.planListJson(query), StoreTooSlow);
+        holder->rollback();
+        QCOMPARE(store.planCount(query), 1);
+        // Nothing else is limited.
+        QCOMPARE(limited.value("SELECT current_setting('statement_timeout')"_s), QVariant("0"_s));
     }
 };
 

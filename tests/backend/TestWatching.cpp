@@ -107,6 +107,12 @@ private Q_SLOTS:
         QCOMPARE(now.value(requestsSeries("PUT", settingRoute, 400)), 1.0);
         QTRY_COMPARE((now = numbers()).value(requestsSeries("GET", settingRoute, 200)), 1.0);
         QTRY_COMPARE((now = numbers()).value(requestsSeries("other", "other", 400)), 1.0);
+        // One that was not read has no time; one that led nowhere has.
+        const QByteArray elsewhere = "planservice_request_seconds_count{method=\"other\",route=\"other\"}";
+        QVERIFY(!now.contains(elsewhere));
+        QCOMPARE(http.get("/nowhere").status, 404);
+        QTRY_COMPARE((now = numbers()).value(elsewhere), 1.0);
+        QCOMPARE(now.value(requestsSeries("other", "other", 400)), 1.0);
         QVERIFY(now.value("planservice_received_bytes_total") >= 3 * 11 + 9);
         QVERIFY(now.value("planservice_sent_bytes_total") > 3 * 11);
         QVERIFY(now.value("planservice_database_seconds_count") >= 4);
