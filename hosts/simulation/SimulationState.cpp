@@ -60,10 +60,12 @@ SimulationState simulationState(const KvPlanNode& node, const SimulationRule& ru
 SimulationCourse::SimulationCourse(const KvPlanNode& node, const SimulationRule& rule)
     : m_growth(growthOfEffect(node.dynamicEffect))
 {
-    const qint64 plannedStart = simulationTime(node.startDate, never);
+    qint64 plannedStart = simulationTime(node.startDate, never);
     qint64 plannedFinish = simulationTime(node.finishDate, never);
     if (node.milestone && plannedFinish == never)
         plannedFinish = plannedStart;
+    else if (node.milestone)
+        plannedStart = plannedFinish;
     m_most = std::clamp(node.finishedPercentage / 100.0, 0.0, 1.0);
     if (rule.dates == SimulationDates::Planned)
         takePlanned(plannedStart, plannedFinish);
@@ -104,7 +106,7 @@ void SimulationCourse::takeActual(const KvPlanNode& node, qint64 plannedStart, q
     if (m_finish != never) {
         if (m_start == never)
             m_start = plannedStart;
-        m_start = std::min(m_start, m_finish);
+        m_start = node.milestone ? m_finish : std::min(m_start, m_finish);
         m_growsUntil = m_finish;
         m_most = 1.0;
         m_finishedState = finishedState(m_finish, plannedFinish);

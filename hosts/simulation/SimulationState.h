@@ -57,7 +57,7 @@ struct SimulationState
 /// millisecond after a planned date that passed without its start or finish. Ahead of time or late is what
 /// finished in another second than planned. An invalid @p moment is before everything.
 ///
-/// Missing dates: a milestone, and a finish before the start, count as one moment. Without a planned start
+/// Missing dates: a milestone, and a finish before the start, count as one moment, the finish. Without a planned start
 /// the task is there from its planned finish on; without a planned finish it grows by the progress that was
 /// reported, and is never late. A task reported with progress has started, at its planned start if nothing
 /// else is known; one reported with 100 % has finished, at its planned finish, but not before its actual

@@ -272,6 +272,25 @@ private Q_SLOTS:
         QCOMPARE(simulationState(node, planned, node.startDate).presence, Complete);
     }
 
+    // Whatever its dates are, a milestone is reached at its finish and does not grow before.
+    void aMilestoneIsOneMoment()
+    {
+        KvPlanNode node = task(QStringLiteral("2026-03-02T08:00:00, 2026-03-06T08:00:00, 2026-03-03T08:00:00,"
+                                              "2026-03-07T08:00:00, 100"));
+        node.milestone = true;
+        QCOMPARE(simulationState(node, planned, node.finishDate.addSecs(-1)).presence, Absent);
+        QCOMPARE(simulationState(node, planned, node.finishDate).presence, Complete);
+        const SimulationState due = simulationState(node, actual, node.finishDate);
+        QCOMPARE(due.presence, Absent);
+        QCOMPARE(due.state, int(TaskState::NotStarted));
+        const SimulationState overdue = simulationState(node, actual, node.finishDate.addSecs(1));
+        QCOMPARE(overdue.presence, Absent);
+        QCOMPARE(overdue.state, int(TaskState::NotStartedLate));
+        const SimulationState reached = simulationState(node, actual, node.actualFinishDate);
+        QCOMPARE(reached.presence, Complete);
+        QCOMPARE(reached.state, int(TaskState::FinishedLate));
+    }
+
     void hidden_data()
     {
         QTest::addColumn<int>("hideType");

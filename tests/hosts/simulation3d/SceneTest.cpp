@@ -4,6 +4,7 @@
 
 #include <GraphicsCheck.h>
 #include <SceneRenderer.h>
+#include <SimulatedBuilding.h>
 #include <SimulationView.h>
 
 #include <QtTest/QtTest>
@@ -77,6 +78,51 @@ class SceneTest : public QObject
 private Q_SLOTS:
     void initTestCase() {}
     void thereIsOpenGl() { QCOMPARE(GraphicsCheck::fault(), QString()); }
+
+    // Rows of the textures of those that look otherwise, and of no others.
+    void aFrameTouchesWhatChanges()
+    {
+        constexpr int count = 3 * ElementLooks::width;
+        const QDateTime first(QDate(2026, 3, 2), QTime(8, 0));
+        QVector<NamedBox> boxes;
+        QList<KvPlanNode> nodes;
+        for (int i = 0; i < count; ++i) {
+            boxes.append({QString::number(i), {float(i), 0, 0}, {float(i) + 0.5F, 1, 1}});
+            KvPlanNode node; // one a row is at work at a time
+            node.dynamicEffect = Kv::GrowBottomToTop;
+            node.startDate = first.addDays(i / ElementLooks::width * 10);
+            node.finishDate = node.startDate.addDays(i % ElementLooks::width == 7 ? 10 : 0);
+            node.links.insert(QStringLiteral("model"), {QString::number(i)});
+            nodes.append(node);
+        }
+        QVector<const KvPlanNode*> list;
+        for (const KvPlanNode& node : qAsConst(nodes))
+            list.append(&node);
+        const auto model = std::make_shared<const BuildingModel>(Models::data(boxes), QSet<QString>());
+        ElementLooks looks(*model);
+        SimulatedBuilding building;
+        building.setTasks(list, {});
+        building.setModel(model);
+        SimulatedBuilding::Paint paint;
+        for (int state = 0; state < TaskState::count; ++state)
+            paint.colours.append(QColor(state, 100, 200));
+        const auto touched = [&](const QDateTime& date) {
+            building.show(date, paint, looks);
+            const ElementLooks::Rows colours = looks.takeChangedColours();
+            const ElementLooks::Rows shapes = looks.takeChangedShapes();
+            return QVector<int>{colours.first, colours.count, shapes.first, shapes.count};
+        };
+        QCOMPARE(touched(first.addDays(5)), QVector<int>({0, 3, 0, 3}));
+        QCOMPARE(touched(first.addDays(5)), QVector<int>({0, 0, 0, 0}));
+        QCOMPARE(touched(first.addDays(6)), QVector<int>({0, 0, 0, 1}));
+        QCOMPARE(looks.look(7).share, 0.6);
+        QCOMPARE(touched(first.addDays(12)), QVector<int>({0, 2, 0, 2}));
+        QCOMPARE(touched(first.addDays(25)), QVector<int>({1, 2, 1, 2}));
+        QCOMPARE(touched(first.addDays(26)), QVector<int>({0, 0, 2, 1}));
+        paint.set.FinishClr = false; // all are looked at
+        QCOMPARE(touched(first.addDays(26)), QVector<int>({0, 3, 0, 0}));
+        QCOMPARE(touched(first.addDays(27)), QVector<int>({0, 0, 2, 1}));
+    }
 
     void elementsHaveTheirColours()
     {
