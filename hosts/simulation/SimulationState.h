@@ -57,12 +57,12 @@ struct SimulationState
 /// millisecond after a planned date that passed without its start or finish. Ahead of time or late is what
 /// finished in another second than planned. An invalid @p moment is before everything.
 ///
-/// Missing dates: a milestone, and a finish before the start, count as one moment, the finish. Without a planned start
-/// the task is there from its planned finish on; without a planned finish it grows by the progress that was
-/// reported, and is never late. A task reported with progress has started, at its planned start if nothing
-/// else is known; one reported with 100 % has finished, at its planned finish, but not before its actual
-/// start. A task without any date stays absent. One outside the simulation (displaySimulation) is always
-/// hidden, with state 0.
+/// Missing dates: a milestone, and a finish before the start, count as one moment, the finish. Without a
+/// planned start the task is there from its planned finish on; without a planned finish it grows by the
+/// progress that was reported, and is never late. A task reported with progress has started, at its planned
+/// start if nothing else is known; one reported with 100 % has finished, at its planned finish, but not
+/// before its actual start. A task without any date stays absent. One outside the simulation
+/// (displaySimulation) is always hidden, with state 0.
 SimulationState simulationState(const KvPlanNode& node, const SimulationRule& rule, const QDateTime& moment);
 
 /// The direction of an effect code: the codes are those of Kv::QGrowthType. Any other, -1 (not set) among
