@@ -74,6 +74,7 @@ if(TARGET kvplan)
     kv_package(kvplan "Plans of the schedule service at the command line
 Lists, shows, edits, imports and exports plans and reports progress, as
 tables for people or as JSON for programs." libkvplandata)
+    set(CPACK_DEBIAN_KVPLAN_PACKAGE_SUGGESTS "planviewer") # whose programs draw the simulation
 endif()
 if(TARGET planviewer)
     kv_package(planviewer "Plans of the schedule service in a window

@@ -63,7 +63,7 @@ QImage settledPicture(SimulationView& view)
     constexpr int mostTries = 300;
     QImage before;
     for (int i = 0; i < mostTries; ++i) {
-        const QImage picture = waitFor([&view](const Take& take) { view.takePicture(take); });
+        QImage picture = waitFor([&view](const Take& take) { view.takePicture(take); });
         if (!picture.isNull() && picture == before && !isPlain(picture))
             return picture;
         before = picture;
