@@ -4,6 +4,7 @@
 #
 #   benchmarks/planservice-fairness.sh [BUILD_DIR]     default: build/bench, as ./dev bench leaves it
 #
+# PLAN_CACHE (0) is what the service has to keep plans in, in MiB; with none each read goes through the database.
 # READERS ("1 6") says how many clients read plans, SECONDS_EACH (4) how long one run is, ROUNDS (5) how often each is run;
 # the median counts. Other work on the machine shows in both numbers, and most in the quiet one.
 set -euo pipefail
@@ -33,7 +34,7 @@ trap finish EXIT
 "$service" seed --database "$dir/plans.db" --nodes 100000 --json >"$dir/seeded"
 plan=$(sed -E 's/.*"planId":"([^"]+)".*/\1/' "$dir/seeded")
 mkfifo "$dir/ready"
-"$service" serve --database "$dir/plans.db" --port 0 --log /dev/null >"$dir/ready" 2>"$dir/errors" &
+"$service" serve --database "$dir/plans.db" --port 0 --log /dev/null --plan-cache "${PLAN_CACHE:-0}" >"$dir/ready" 2>"$dir/errors" &
 pids+=($!)
 read -r line <"$dir/ready" || { cat "$dir/errors" >&2; exit 1; }
 base=${line##* }
