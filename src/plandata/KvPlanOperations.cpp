@@ -52,9 +52,11 @@ bool KvPlanData::getAllPlan(QList<KvPlan>& plans, bool flag)
     // Sorting costs more than all else here, and plans often come in order already.
     if (!std::is_sorted(plans.constBegin(), plans.constEnd(), before))
         std::sort(plans.begin(), plans.end(), before);
+    // Ids mostly rise with the names, as both come with the order of creation: then nothing is to be looked
+    // up.
     for (const KvPlan& plan : qAsConst(plans)) {
-        m_planCache.insert(plan.id, plan);
-        m_planDetailLoaded.insert(plan.id, false);
+        m_planCache.insert(m_planCache.constEnd(), plan.id, plan);
+        m_planDetailLoaded.insert(m_planDetailLoaded.constEnd(), plan.id, false);
     }
     return read;
 }

@@ -9,18 +9,22 @@
 #include <KvNetwork/NetworkManager.h>
 #include <KvPublicFun/KvPub.h>
 
+#include <QtCore/QJsonArray>
+
 namespace Kv {
 
 namespace {
 
-void appendPlans(const NetworkEventLoop& reply, QList<KvPlan>& plans)
+void appendPlans(const QJsonArray& elements, QList<KvPlan>& plans)
 {
-    const QList<QJsonObject> objects = reply.objectList();
-    plans.reserve(plans.size() + objects.size());
-    KvDecodePool pool(objects.size());
-    for (const QJsonObject& object : objects) {
-        plans.append(KvPlan());
-        jsonObjectToPlan(object, plans.last(), pool);
+    plans.reserve(plans.size() + elements.size());
+    KvDecodePool pool(elements.size());
+    const KvPlan fresh;
+    for (const QJsonValue& element : elements) {
+        if (!element.isObject())
+            continue;
+        plans.append(fresh);
+        jsonObjectToPlan(element.toObject(), plans.last(), pool);
     }
 }
 
@@ -35,7 +39,7 @@ bool requestPlanById(const QString& planId, KvPlan& plan)
 bool requestAllPlans(QList<KvPlan>& plans)
 {
     return exchange(NetworkManager::instance().get(taskUrl("projects/%1/plans", currentProject())),
-                    [&](const NetworkEventLoop& reply) { appendPlans(reply, plans); });
+                    [&](const NetworkEventLoop& reply) { appendPlans(reply.array(), plans); });
 }
 
 bool requestPlanRangeCount(const KvPlanCondition& condition, int& count)
@@ -54,7 +58,7 @@ bool requestPlanRangeData(const KvPlanCondition& condition, int skip, int limit,
     const QString url = taskUrl("projects/%1/plans?where=%4&skip=%2&limit=%3", currentProject(), skip, limit,
                                 buildPlanQuery(condition));
     return exchange(NetworkManager::instance().get(url),
-                    [&](const NetworkEventLoop& reply) { appendPlans(reply, plans); });
+                    [&](const NetworkEventLoop& reply) { appendPlans(reply.array(), plans); });
 }
 
 bool requestCreatePlan(KvPlan& plan)
