@@ -24,7 +24,10 @@ struct Line
 {
     std::string title;
     std::function<double(const MedianReporter&)> figure;
-    double limit;
+    double target;
+    double bound;
+
+    double limit() const { return bound > 0 ? bound : target; }
 };
 
 std::vector<Line>& lines()
@@ -80,12 +83,17 @@ bool printLines(const std::string& path, const MedianReporter& reporter)
         if (ratio <= 0)
             continue;
         std::printf("ratio  %-52s %6.2f", line.title.c_str(), ratio);
-        if (line.limit > 0) {
-            std::printf("   at most %.2f%s", line.limit, ratio > line.limit ? "   ABOVE" : "");
-            above = above || ratio > line.limit;
+        if (line.target > 0)
+            std::printf("   target %.2f%s", line.target, ratio > line.target ? " missed" : "");
+        if (line.bound > 0)
+            std::printf("   bound %.2f", line.bound);
+        if (line.limit() > 0 && ratio > line.limit()) {
+            std::printf("   ABOVE");
+            above = true;
         }
         std::printf("\n");
-        kept << program << '\t' << line.title << '\t' << ratio << '\t' << line.limit << '\n';
+        kept << program << '\t' << line.title << '\t' << ratio << '\t' << line.target << '\t' << line.bound
+             << '\n';
     }
     return above;
 }
@@ -93,18 +101,18 @@ bool printLines(const std::string& path, const MedianReporter& reporter)
 } // namespace
 
 void compare(const std::string& title, const std::string& benchmark, const std::string& reference,
-             double limit)
+             double target, double bound)
 {
     lines().push_back({title,
                        [=](const MedianReporter& reporter) {
                            const double divisor = reporter.median(reference);
                            return divisor > 0 ? reporter.median(benchmark) / divisor : 0;
                        },
-                       limit});
+                       target, bound});
 }
 
 void growth(const std::string& title, const std::string& benchmark, const std::vector<int>& sizes,
-            double limit)
+            double target)
 {
     // The slope of the line through the logarithms of sizes and times that leaves the least squares.
     const auto exponent = [=](const MedianReporter& reporter) {
@@ -126,12 +134,12 @@ void growth(const std::string& title, const std::string& benchmark, const std::v
         const double count = double(sizes.size());
         return (count * xy - x * y) / (count * xx - x * x);
     };
-    lines().push_back({"growth, " + title, exponent, limit});
+    lines().push_back({"growth, " + title, exponent, target, 0});
 }
 
-void report(const std::string& title, double ratio, double limit)
+void report(const std::string& title, double ratio, double target)
 {
-    lines().push_back({title, [=](const MedianReporter&) { return ratio; }, limit});
+    lines().push_back({title, [=](const MedianReporter&) { return ratio; }, target, 0});
 }
 
 void stayOnOneProcessor()

@@ -9,19 +9,21 @@
 /// the same run, whose repetitions take turns. Absolute times tell more about the machine than about the
 /// code.
 ///
-/// @p limit is the highest ratio that the project accepts; 0: the ratio is only reported.
+/// @p target: the ratio that the project wants at most; 0: the ratio is only reported. Above it is a failure
+/// unless there is a @p bound, which is given where measurements prove that the target cannot be met: then
+/// the line says that the target is missed, and above the bound is a failure.
 void compare(const std::string& title, const std::string& benchmark, const std::string& reference,
-             double limit);
+             double target, double bound = 0);
 
 /// One line more: the exponent with which the time of a benchmark grows from size to size, fitted over
 /// "@p benchmark/SIZE" of all @p sizes: 1 is linear.
 ///
-/// @p limit as above.
+/// @p target as above.
 void growth(const std::string& title, const std::string& benchmark, const std::vector<int>& sizes,
-            double limit);
+            double target);
 
-/// One line more, of a ratio that is no ratio of times; @p limit as above.
-void report(const std::string& title, double ratio, double limit);
+/// One line more, of a ratio that is no ratio of times; @p target as above.
+void report(const std::string& title, double ratio, double target);
 
 /// Prints the lines of a program that has no benchmarks, as runBenchmarks() does; @p program: its argv[0].
 int printReports(const std::string& program);
@@ -34,6 +36,6 @@ void stayOnOneProcessor();
 /// Runs all benchmarks of the program nine times each, in turns, and prints the medians and the ratios.
 ///
 /// The lines also go to the file that the environment variable KV_RATIOS names, behind what it holds:
-/// program, title, ratio and limit, with tabs between them.
-/// @return 1 when a benchmark failed or a ratio is above its limit, else 0.
+/// program, title, ratio, target and bound, with tabs between them.
+/// @return 1 when a benchmark failed or a ratio is above its bound or, without one, its target; else 0.
 int runBenchmarks(int argc, char* argv[]);

@@ -164,6 +164,6 @@ echo "plan of 10,000 nodes, $(stat -c %s "$work/static/plan.json") bytes, a seco
 awk -v a="$own" -v b="$static" -v c="$uncached" \
     'BEGIN { printf "against nginx: %.3f kept, %.3f from the database\n", a / b, c / b }'
 [ -z "${KV_RATIOS:-}" ] || awk -v a="$own" -v b="$static" -v u="$uncached" -v one="${rates[1]}" -v two="${rates[2]}" -v c="${costs[1]}" -v d="${costs[2]}" \
-    'BEGIN { printf "scaling\tplan of 10,000 nodes / the same bytes as a file by nginx\t%.3f\t2\n", b / a
-             printf "scaling\tthe same read from the database each time / a file by nginx\t%.3f\t0\n", b / u
-             printf "scaling\tCPU time of a node, two processes / one\t%.3f\t0\n", d / c }' >>"$KV_RATIOS"
+    'BEGIN { printf "scaling\tplan of 10,000 nodes / the same bytes as a file by nginx\t%.3f\t2\t0\n", b / a
+             printf "scaling\tthe same read from the database each time / a file by nginx\t%.3f\t0\t0\n", b / u
+             printf "scaling\tCPU time of a node, two processes / one\t%.3f\t0\t0\n", d / c }' >>"$KV_RATIOS"

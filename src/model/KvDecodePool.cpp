@@ -20,16 +20,12 @@ KvDecodePool::KvDecodePool(int recordCount)
 
 QString KvDecodePool::shared(const QString& text)
 {
-    if (text.isEmpty())
-        return text;
-    return m_texts.of(text, [](const QString& first) { return first; });
+    return text.isEmpty() ? text : m_texts.one(text);
 }
 
 KvTextLists KvDecodePool::shared(const KvTextLists& map)
 {
-    if (map.isEmpty())
-        return map;
-    return m_maps.of(map, [](const KvTextLists& first) { return first; });
+    return map.isEmpty() ? map : m_maps.one(map);
 }
 
 // In place, as taking a key out and putting its equal in would cost a node of the map.

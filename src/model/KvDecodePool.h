@@ -84,11 +84,11 @@ private:
     QVector<Last<QString>> m_lastTexts;
     QVector<Last<QDateTime>> m_lastDates;
     Last<QStringList> m_lastList;
-    KvKeptValues<QString, QString> m_texts;
+    KvKeptValues<QString> m_texts;
     KvKeptValues<QString, QDateTime> m_dates;
     KvKeptValues<QString, QDateTime> m_exchangeDates;
     KvKeptValues<QString, QStringList> m_singles; // lists of one identifier, by that identifier
-    KvKeptValues<KvTextLists, KvTextLists> m_maps;
+    KvKeptValues<KvTextLists> m_maps;
 };
 
 } // namespace Kv

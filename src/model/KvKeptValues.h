@@ -38,9 +38,13 @@ uint keptHash(const KvTextLists& map);   ///< by the first key
 uint keptHash(const KvWallClock& time);
 uint keptHash(const KvAmount& amount);
 
+struct KvNoValue
+{
+};
+
 /// What was made of a key and is likely asked for again, so that it is made once. One entry a place: a
 /// newcomer takes over the place that its hash gives it, so the size is fixed, and so is the cost of any key.
-template<class Key, class Value>
+template<class Key, class Value = KvNoValue>
 class KvKeptValues
 {
 public:
@@ -61,6 +65,15 @@ public:
             entry.key = key;
         }
         return entry.value;
+    }
+
+    /// @p key itself, sharing its data with an equal one; for those that nothing is made of.
+    const Key& one(const Key& key)
+    {
+        Entry& entry = at(keptHash(key));
+        if (!(entry.key == key))
+            entry.key = key;
+        return entry.key;
     }
 
 private:
