@@ -129,9 +129,8 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("genuine");
         QTest::addColumn<QByteArray>("forged");
         QTest::addColumn<bool>("restored");
-        const QByteArray rows =
-            "COPY SCHEMA.plans (id, projectid, category, name, createdat, updatedat, createdby,"
-            " document) FROM stdin;\n";
+        // What begins like this, with whichever columns there are.
+        const QByteArray rows = "COPY SCHEMA.plans (";
         QTest::newRow("another statement in the place of COPY")
             << rows << QByteArray("COPY (SELECT 1) TO PROGRAM 'cat >TRACE';--") << false;
         QTest::newRow("a program as the source of rows")
