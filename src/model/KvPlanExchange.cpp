@@ -120,7 +120,7 @@ QJsonObject taskObject(const KvPlanNode& in, Kv::KvEncodePool& pool)
     return writer.write(in, pool.exchangeTasks, pool);
 }
 
-void readTask(const QJsonObject& in, KvPlanNode& out, Kv::KvDecodePool& pool)
+void readTask(const QCborMap& in, KvPlanNode& out, Kv::KvDecodePool& pool)
 {
     static const auto* const fields = new Kv::KvFields(taskFields); // for good, as KvFields tells
     fields->read(in, out, pool);
@@ -134,20 +134,20 @@ void jsonObjectToPlanMPXJ(const QJsonObject& in, KvPlan& out)
 {
     out.name = in.value(QLatin1String("Name")).toString();
     out.mppFilePath = in.value(QLatin1String("MPPFilePath")).toString();
-    const QJsonArray tasks = in.value(QLatin1String("AllTasks")).toArray();
-    Kv::KvDecodePool pool(tasks.size());
+    const QCborArray tasks = QCborArray::fromJsonArray(in.value(QLatin1String("AllTasks")).toArray());
+    Kv::KvDecodePool pool(int(tasks.size()));
     const KvPlanNode empty;
-    out.planNodes.reserve(out.planNodes.size() + tasks.size());
-    for (const QJsonValue& task : tasks) {
+    out.planNodes.reserve(out.planNodes.size() + int(tasks.size()));
+    for (const QCborValue& task : tasks) {
         out.planNodes.append(empty);
-        readTask(task.toObject(), out.planNodes.last(), pool);
+        readTask(task.toMap(), out.planNodes.last(), pool);
     }
 }
 
 void jsonObjectToPlanNodeMPJX(const QJsonObject& in, KvPlanNode& out)
 {
     Kv::KvDecodePool pool;
-    readTask(in, out, pool);
+    readTask(QCborMap::fromJsonObject(in), out, pool);
 }
 
 void planNodeToJsonObjectMPXJ(const KvPlanNode& in, QJsonObject& out)
