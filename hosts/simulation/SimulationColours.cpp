@@ -63,6 +63,14 @@ ElementPaint elementPaint(const SimulationState& state, const TimeLineSet& set, 
     paint.colour = stateColour(state.state, set, colours);
     switch (state.presence) {
     case SimulationPresence::Growing:
+        // At work, but nothing of it stands: no sheet on the ground, which would be drawn in the ground
+        // itself.
+        if (state.share <= 0.0 && state.growth != Kv::GrowAppear) {
+            if (state.growth != Kv::GrowDisappear && paint.colour.isValid())
+                paint.kind = ElementPaint::Hint;
+            break;
+        }
+        Q_FALLTHROUGH();
     case SimulationPresence::Complete:
         paint.kind = ElementPaint::Solid;
         paint.share = state.share;

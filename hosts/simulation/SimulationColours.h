@@ -37,5 +37,6 @@ struct ElementPaint
     QColor colour; ///< invalid: that of its material; always valid for a hint
 };
 
-/// What is not built yet is hinted at as long as its state is painted; what was taken down is gone.
+/// What is not built yet is hinted at as long as its state is painted, also when its task has begun; what was
+/// taken down is gone.
 ElementPaint elementPaint(const SimulationState& state, const TimeLineSet& set, const QList<QColor>& colours);

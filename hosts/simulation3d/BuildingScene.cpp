@@ -14,6 +14,8 @@
 #include <Qt3DRender/QCameraLens>
 #include <Qt3DRender/QCameraSelector>
 #include <Qt3DRender/QClearBuffers>
+#include <Qt3DRender/QCullFace>
+#include <Qt3DRender/QDepthTest>
 #include <Qt3DRender/QEffect>
 #include <Qt3DRender/QGeometry>
 #include <Qt3DRender/QGeometryRenderer>
@@ -102,6 +104,14 @@ QMaterial* newMaterial(QAbstractTexture* colours, QAbstractTexture* shapes, Qt3D
     program->setFragmentShaderCode(QByteArray(fragmentShader));
     auto* const pass = new QRenderPass;
     pass->setShaderProgram(program);
+    // Both sides of each face: what converters write has openings, mirrored parts and sheets of one side. A
+    // pass with states of its own has none of the usual ones.
+    auto* const sides = new QCullFace;
+    sides->setMode(QCullFace::NoCulling);
+    pass->addRenderState(sides);
+    auto* const depth = new QDepthTest;
+    depth->setDepthFunction(QDepthTest::Less);
+    pass->addRenderState(depth);
     auto* const technique = new QTechnique;
     technique->graphicsApiFilter()->setApi(QGraphicsApiFilter::OpenGL);
     technique->graphicsApiFilter()->setProfile(QGraphicsApiFilter::CoreProfile);

@@ -91,6 +91,34 @@ private Q_SLOTS:
         QCOMPARE(paint.share, paint.kind == ElementPaint::Solid ? 0.375 : 0.0);
     }
 
+    void whatHasBegunAndStandsNowhereIsHintedAt_data()
+    {
+        QTest::addColumn<int>("growth");
+        QTest::addColumn<bool>("painted");
+        QTest::addColumn<int>("kind");
+        QTest::newRow("upwards") << int(Kv::GrowBottomToTop) << true << int(ElementPaint::Hint);
+        QTest::newRow("upwards, not painted")
+            << int(Kv::GrowBottomToTop) << false << int(ElementPaint::Nothing);
+        QTest::newRow("sideways") << int(Kv::GrowLeftToRight) << true << int(ElementPaint::Hint);
+        QTest::newRow("from nothing, it is there at once")
+            << int(Kv::GrowAppear) << true << int(ElementPaint::Solid);
+        QTest::newRow("to nothing, it is gone")
+            << int(Kv::GrowDisappear) << true << int(ElementPaint::Nothing);
+    }
+    void whatHasBegunAndStandsNowhereIsHintedAt()
+    {
+        QFETCH(int, growth);
+        QFETCH(bool, painted);
+        QList<QColor> colours;
+        for (int i = 0; i < TaskState::count; ++i)
+            colours.append(QColor(i, 100, 200));
+        TimeLineSet set;
+        set.ProcessingClr = painted;
+        const ElementPaint paint = elementPaint(
+            {SimulationPresence::Growing, 0.0, TaskState::InProgress, Kv::QGrowthType(growth)}, set, colours);
+        QTEST(int(paint.kind), "kind");
+    }
+
     void eachFlagIsItsStates()
     {
         TimeLineSet set;

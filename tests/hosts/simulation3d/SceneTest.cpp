@@ -153,6 +153,27 @@ private Q_SLOTS:
         }
     }
 
+    // A sheet that a file describes from one side, or a part that it mirrors.
+    void facesAreSeenFromBothSides()
+    {
+        ModelData data;
+        data.nodes.append({QStringLiteral("sheet"), -1});
+        data.positions = {0, 0, 0, 8, 0, 0, 8, 0, 8, 0, 0, 8};
+        data.indices = {0, 1, 2, 0, 2, 3};
+        data.parts.append({0, 0, 4, 0, 6});
+        const QSize size(64, 64);
+        for (const bool isTurned : {false, true}) {
+            if (isTurned)
+                std::reverse(data.indices.begin(), data.indices.end());
+            const auto model = std::make_shared<const BuildingModel>(data, QSet<QString>());
+            const SceneCamera camera = fromAbove(*model, 1.0);
+            SceneRenderer renderer(model, size, true, false);
+            renderer.setCamera(camera);
+            renderer.looks(BuildingScene::Planned).set(0, solid(Qt::blue));
+            QCOMPARE(draw(renderer).pixelColor(topOf(*model, 0, camera, size)), QColor(Qt::blue));
+        }
+    }
+
     // Whatever the order of elements in the file.
     void whatIsInFrontHidesWhatIsBehind_data()
     {
