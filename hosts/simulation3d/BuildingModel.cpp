@@ -1,5 +1,7 @@
 #include "BuildingModel.h"
 
+#include "FaceSides.h"
+
 #include <algorithm>
 #include <limits>
 
@@ -143,6 +145,12 @@ QByteArray BuildingModel::vertices() const
 
 QByteArray BuildingModel::indices() const
 {
-    return QByteArray(reinterpret_cast<const char*>(m_data.indices.constData()),
-                      m_data.indices.size() * int(sizeof(quint32)));
+    QByteArray bytes;
+    bytes.reserve(m_data.indices.size() * int(sizeof(quint32)));
+    for (const Element& element : m_elements) {
+        const QVector<quint32> triangles = facesToSee(m_data, element.parts);
+        bytes.append(reinterpret_cast<const char*>(triangles.constData()),
+                     triangles.size() * int(sizeof(quint32)));
+    }
+    return bytes;
 }

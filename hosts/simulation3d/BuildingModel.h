@@ -53,6 +53,7 @@ public:
     /// Bytes of one vertex: its three coordinates and the number of its element, as floats.
     static constexpr int vertexSize = 4 * sizeof(float);
     QByteArray vertices() const;
+    /// Three for each triangle that is drawn, seen counterclockwise: those of facesToSee().
     QByteArray indices() const;
 
 private:

@@ -14,8 +14,6 @@
 #include <Qt3DRender/QCameraLens>
 #include <Qt3DRender/QCameraSelector>
 #include <Qt3DRender/QClearBuffers>
-#include <Qt3DRender/QCullFace>
-#include <Qt3DRender/QDepthTest>
 #include <Qt3DRender/QEffect>
 #include <Qt3DRender/QGeometry>
 #include <Qt3DRender/QGeometryRenderer>
@@ -104,14 +102,6 @@ QMaterial* newMaterial(QAbstractTexture* colours, QAbstractTexture* shapes, Qt3D
     program->setFragmentShaderCode(QByteArray(fragmentShader));
     auto* const pass = new QRenderPass;
     pass->setShaderProgram(program);
-    // Both sides of each face: what converters write has openings, mirrored parts and sheets of one side. A
-    // pass with states of its own has none of the usual ones.
-    auto* const sides = new QCullFace;
-    sides->setMode(QCullFace::NoCulling);
-    pass->addRenderState(sides);
-    auto* const depth = new QDepthTest;
-    depth->setDepthFunction(QDepthTest::Less);
-    pass->addRenderState(depth);
     auto* const technique = new QTechnique;
     technique->graphicsApiFilter()->setApi(QGraphicsApiFilter::OpenGL);
     technique->graphicsApiFilter()->setProfile(QGraphicsApiFilter::CoreProfile);
@@ -134,17 +124,18 @@ QGeometryRenderer* newMesh(const BuildingModel& model, Qt3DCore::QNode* parent)
     auto* const vertices = new Qt3DRender::QBuffer(geometry);
     vertices->setData(model.vertices());
     auto* const indices = new Qt3DRender::QBuffer(geometry);
-    indices->setData(model.indices());
+    const QByteArray order = model.indices();
+    indices->setData(order);
     const uint count = model.data().vertexCount();
     constexpr uint stride = uint(BuildingModel::vertexSize);
     geometry->addAttribute(new QAttribute(vertices, QAttribute::defaultPositionAttributeName(),
                                           QAttribute::Float, 3, count, 0, stride, geometry));
     geometry->addAttribute(new QAttribute(vertices, QStringLiteral("vertexElement"), QAttribute::Float, 1,
                                           count, 3 * sizeof(float), stride, geometry));
-    auto* const order = new QAttribute(indices, QAttribute::UnsignedInt, 1, uint(model.data().indices.size()),
-                                       0, 0, geometry);
-    order->setAttributeType(QAttribute::IndexAttribute);
-    geometry->addAttribute(order);
+    auto* const triangles = new QAttribute(indices, QAttribute::UnsignedInt, 1,
+                                           uint(order.size()) / uint(sizeof(quint32)), 0, 0, geometry);
+    triangles->setAttributeType(QAttribute::IndexAttribute);
+    geometry->addAttribute(triangles);
     mesh->setGeometry(geometry);
     return mesh;
 }

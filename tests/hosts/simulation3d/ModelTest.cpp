@@ -4,11 +4,14 @@
 
 #include <ElementLooks.h>
 #include <ElementPick.h>
+#include <FaceSides.h>
 #include <ModelFile.h>
 #include <SceneCamera.h>
 
 #include <QtCore/QBuffer>
 #include <QtTest/QtTest>
+
+#include <array>
 
 using Solidity = ElementLooks::Solidity;
 
@@ -119,6 +122,70 @@ private Q_SLOTS:
         QCOMPARE(values[24 * 4 + 3], 1.0F);
         QVERIFY(values[24 * 4] >= 2.0F);
         QCOMPARE(model.indices().size(), 72 * 4);
+    }
+
+    // Only what goes round counterclockwise for the viewer is drawn.
+    void allFacesCanBeSeen_data()
+    {
+        QTest::addColumn<QVector<quint32>>("indices");
+        QTest::addColumn<int>("asTheyAre");
+        QTest::addColumn<int>("turned");
+        const QVector<quint32> box = Models::faces(0);
+        const auto mirrored = [](QVector<quint32> triangles) {
+            for (int i = 0; i < triangles.size(); i += 3)
+                std::swap(triangles[i + 1], triangles[i + 2]);
+            return triangles;
+        };
+        QVector<quint32> second = box;
+        for (quint32& index : second)
+            index += 24;
+        QTest::newRow("a closed box as it is") << box << 12 << 0;
+        QTest::newRow("a mirrored one turned") << mirrored(box) << 0 << 12;
+        QTest::newRow("one of both, each as it has to be") << box + mirrored(second) << 12 << 12;
+        QTest::newRow("a sheet from both sides") << box.mid(0, 6) << 2 << 2;
+        QTest::newRow("a box without its lid") << box.mid(6) << 10 << 10;
+        QTest::newRow("a tube") << box.mid(12) << 8 << 8;
+        QTest::newRow("two opposite faces turned inwards")
+            << mirrored(box.mid(0, 12)) + box.mid(12) << 12 << 12;
+        QTest::newRow("a closed box beside a sheet") << box + second.mid(0, 6) << 14 << 2;
+        QTest::newRow("a line, which is the same from both") << QVector<quint32>{0, 1, 1} << 2 << 0;
+        QTest::newRow("nothing") << QVector<quint32>() << 0 << 0;
+    }
+    void allFacesCanBeSeen()
+    {
+        QFETCH(QVector<quint32>, indices);
+        ModelData data = Models::data({box("a", 0, 0), box("b", 2, 0)});
+        data.parts = {{0, 0, data.vertexCount(), 0, quint32(indices.size())}};
+        data.indices = indices;
+        const QVector<quint32> seen = facesToSee(data, {0});
+        const auto key = [](quint32 a, quint32 b, quint32 c) {
+            return std::array<quint32, 3>{a, b, c};
+        };
+        int asTheyAre = 0;
+        int turned = 0;
+        for (int i = 0; i < seen.size(); i += 3) {
+            bool isFound = false;
+            for (int k = 0; k < indices.size() && !isFound; k += 3) {
+                const bool isSame = key(seen.at(i), seen.at(i + 1), seen.at(i + 2)) ==
+                                    key(indices.at(k), indices.at(k + 1), indices.at(k + 2));
+                const bool isTurned = !isSame && key(seen.at(i), seen.at(i + 2), seen.at(i + 1)) ==
+                                                     key(indices.at(k), indices.at(k + 1), indices.at(k + 2));
+                isFound = isSame || isTurned;
+                asTheyAre += isSame ? 1 : 0;
+                turned += isTurned ? 1 : 0;
+            }
+            QVERIFY(isFound);
+        }
+        QTEST(asTheyAre, "asTheyAre");
+        QTEST(turned, "turned");
+    }
+
+    void facesOfNoPlaceAreNoTrouble()
+    {
+        ModelData data = Models::data({box("a", 0, 0)});
+        for (int i = 0; i < data.positions.size(); i += 5)
+            data.positions[i] = float(qQNaN());
+        QVERIFY(facesToSee(data, {0}).size() >= data.indices.size());
     }
 
     void floorsAreTheNodesAboveFromBelow()

@@ -25,8 +25,8 @@ inline QVector<QVector3D> corners(const QVector3D& low, const QVector3D& high)
     QVector<QVector3D> all;
     for (int axis = 0; axis < 3; ++axis) {
         for (const bool isHigh : {false, true}) {
-            const int u = (axis + 1) % 3;
-            const int v = (axis + 2) % 3;
+            const int u = (axis + (isHigh ? 1 : 2)) % 3; // counterclockwise from outside
+            const int v = (axis + (isHigh ? 2 : 1)) % 3;
             for (int corner = 0; corner < 4; ++corner) {
                 QVector3D point;
                 point[axis] = isHigh ? high[axis] : low[axis];
