@@ -87,10 +87,14 @@ std::array<quint32, 3> Faces::bits(quint32 vertex) const
 void Faces::weld()
 {
     const int count = m_corners.size();
+    std::vector<std::array<quint32, 3>> keys;
+    keys.reserve(size_t(count));
+    for (const quint32 corner : qAsConst(m_corners))
+        keys.push_back(bits(corner));
     std::vector<int> order(size_t(count), 0);
     std::iota(order.begin(), order.end(), 0);
-    const auto before = [this](int a, int b) {
-        return bits(m_corners.at(a)) < bits(m_corners.at(b));
+    const auto before = [&keys](int a, int b) {
+        return keys[size_t(a)] < keys[size_t(b)];
     };
     std::sort(order.begin(), order.end(), before);
     m_places.resize(size_t(count));
