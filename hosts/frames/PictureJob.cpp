@@ -9,19 +9,6 @@
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
-namespace {
-
-QVector<const KvPlanNode*> pointers(const QVector<KvPlanNode>& nodes)
-{
-    QVector<const KvPlanNode*> all;
-    all.reserve(nodes.size());
-    for (const KvPlanNode& node : nodes)
-        all.append(&node);
-    return all;
-}
-
-} // namespace
-
 PictureJob::PictureJob(const SimulateOptions& options)
     : m_options(options)
 {
@@ -100,7 +87,7 @@ bool PictureJob::takePeriod()
     m_sequence.framesPerSecond = m_options.framesPerSecond;
     m_sequence.daysPerSecond =
         m_options.daysPerSecond > 0.0 ? m_options.daysPerSecond : m_settings.set().DayForS;
-    SimulationPeriod period = simulatedPeriod(planPeriod(pointers(m_content.nodes)), m_settings.set());
+    SimulationPeriod period = simulatedPeriod(planPeriod(m_content.tasks()), m_settings.set());
     if (m_options.from.isValid())
         period.start = m_options.from;
     if (m_options.to.isValid())
@@ -142,7 +129,7 @@ bool PictureJob::mayWrite()
 void PictureJob::takeModel(const ModelData& read)
 {
     m_progress.reset();
-    const QSet<QString> known = linkedElements(pointers(m_content.nodes));
+    const QSet<QString> known = linkedElements(m_content.tasks());
     m_content.model = std::make_shared<const BuildingModel>(read, known);
     bool isKnown = false;
     for (const BuildingModel::Element& element : m_content.model->elements())

@@ -22,7 +22,9 @@ bool shows(SimulationViews views, BuildingScene::View view)
            (views == SimulationViews::Planned) == (view == BuildingScene::Planned);
 }
 
-QVector<const KvPlanNode*> pointers(const QVector<KvPlanNode>& nodes)
+} // namespace
+
+QVector<const KvPlanNode*> PictureContent::tasks() const
 {
     QVector<const KvPlanNode*> all;
     all.reserve(nodes.size());
@@ -30,8 +32,6 @@ QVector<const KvPlanNode*> pointers(const QVector<KvPlanNode>& nodes)
         all.append(&node);
     return all;
 }
-
-} // namespace
 
 void takeSettings(const SimulationSettings& settings, PictureContent& content)
 {
@@ -68,7 +68,7 @@ PictureMaker::PictureMaker(const PictureContent& content, const QSize& size, QOb
     m_renderer.setBackground(content.background);
     if (content.hasCamera)
         m_renderer.setCamera(content.camera);
-    const QVector<const KvPlanNode*> nodes = pointers(m_content.nodes);
+    const QVector<const KvPlanNode*> nodes = m_content.tasks();
     const SimulationDates dates[] = {SimulationDates::Planned, SimulationDates::Actual};
     for (int view = 0; view < BuildingScene::viewCount; ++view) {
         m_building[view].setTasks(nodes, {dates[view], content.share});

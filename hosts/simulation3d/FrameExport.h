@@ -23,6 +23,8 @@ struct PictureContent
     SceneCamera camera;
     QColor background = Qt::white;
     QString title;
+
+    QVector<const KvPlanNode*> tasks() const; ///< the nodes, for as long as they stay as they are
 };
 
 /// What the settings of a plan say of its pictures; the rest stays. To be called with the model in place.

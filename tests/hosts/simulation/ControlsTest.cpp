@@ -1,5 +1,7 @@
 // The settings of the simulation as a person uses them, and what they keep.
 
+#include "Controls.h"
+
 #include <FloorHeightsPanel.h>
 #include <KvSoftBase/KvSoftBase.h>
 #include <PlaybackBar.h>
@@ -26,20 +28,6 @@
 #include <QtWidgets/QToolButton>
 
 namespace {
-
-QDateTime day(int number, int hour = 0)
-{
-    return QDateTime(QDate(2026, 3, number), QTime(hour, 0));
-}
-
-template<class Widget>
-Widget* part(QWidget& of, const char* name)
-{
-    auto* const found = of.findChild<Widget*>(QString::fromLatin1(name));
-    if (!found)
-        qFatal("no %s", name);
-    return found;
-}
 
 const QString tower = QStringLiteral("plan-tower");
 

@@ -1,5 +1,7 @@
 // The bar that plays the simulation, as a person uses it.
 
+#include "Controls.h"
+
 #include <PlaybackBar.h>
 
 #include <QtTest/QtTest>
@@ -7,24 +9,6 @@
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QSlider>
 #include <QtWidgets/QToolButton>
-
-namespace {
-
-QDateTime day(int number, int hour = 0)
-{
-    return QDateTime(QDate(2026, 3, number), QTime(hour, 0));
-}
-
-template<class Widget>
-Widget* part(QWidget& of, const char* name)
-{
-    auto* const found = of.findChild<Widget*>(QString::fromLatin1(name));
-    if (!found)
-        qFatal("no %s", name);
-    return found;
-}
-
-} // namespace
 
 class PlaybackTest : public QObject
 {
