@@ -39,12 +39,20 @@ function(kv_target_defaults target)
     endif()
 endfunction()
 
+# The test of the libraries' binary interface reads their types, also where the rest has lines for a debugger alone.
+function(kv_describe_types target)
+    if(NOT MSVC)
+        target_compile_options(${target} PRIVATE $<$<CONFIG:RelWithDebInfo>:-g>)
+    endif()
+endfunction()
+
 # One of the product's dynamic libraries: versioned, with a generated export header <name>/<name>Export.h.
 function(kv_add_shared_library name)
     cmake_parse_arguments(arg "" "DESCRIPTION" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
     add_library(${name} SHARED ${arg_SOURCES})
     add_library(KvPlanData::${name} ALIAS ${name})
     kv_target_defaults(${name})
+    kv_describe_types(${name})
     set_target_properties(${name} PROPERTIES
         VERSION ${PROJECT_VERSION}
         SOVERSION ${PROJECT_VERSION_MAJOR}
