@@ -112,7 +112,7 @@ void compare(const std::string& title, const std::string& benchmark, const std::
 }
 
 void growth(const std::string& title, const std::string& benchmark, const std::vector<int>& sizes,
-            double target)
+            double target, double bound)
 {
     // The slope of the line through the logarithms of sizes and times that leaves the least squares.
     const auto exponent = [=](const MedianReporter& reporter) {
@@ -134,7 +134,7 @@ void growth(const std::string& title, const std::string& benchmark, const std::v
         const double count = double(sizes.size());
         return (count * xy - x * y) / (count * xx - x * x);
     };
-    lines().push_back({"growth, " + title, exponent, target, 0});
+    lines().push_back({"growth, " + title, exponent, target, bound});
 }
 
 void report(const std::string& title, double ratio, double target)

@@ -18,9 +18,9 @@ void compare(const std::string& title, const std::string& benchmark, const std::
 /// One line more: the exponent with which the time of a benchmark grows from size to size, fitted over
 /// "@p benchmark/SIZE" of all @p sizes: 1 is linear.
 ///
-/// @p target as above.
+/// @p target and @p bound as above.
 void growth(const std::string& title, const std::string& benchmark, const std::vector<int>& sizes,
-            double target);
+            double target, double bound = 0);
 
 /// One line more, of a ratio that is no ratio of times; @p target as above.
 void report(const std::string& title, double ratio, double target);
