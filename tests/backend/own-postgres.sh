@@ -3,6 +3,7 @@
 #   own-postgres.sh PROGRAM [ARGUMENT...]
 # Commits reach the disk as they do elsewhere.
 set -eu
+command -v pg_virtualenv >/dev/null || { echo "own-postgres.sh: please install: postgresql" >&2; exit 1; }
 # Servers that are made at the same time would look for a free port at the same time and find the same one.
 port=$((12000 + $$ % 20000))
 # The words of the inner script are its own.

@@ -2,6 +2,7 @@
 # with-display.sh PROGRAM [ARGUMENT...]: runs a program on a display server of its own, without hardware, and ends
 # with its result. The server takes the first free number by itself, so that any number of these run at once.
 set -u
+command -v Xvfb >/dev/null || { echo "with-display.sh: please install: xvfb libgl1-mesa-dri" >&2; exit 1; }
 dir=$(mktemp -d)
 mkfifo "$dir/number"
 # Opened for both directions, so that nobody waits for ever when the server does not start.
