@@ -25,13 +25,6 @@ public:
         return *this;
     }
 
-    template<class Field>
-    Layout& field(Field Record::*member)
-    {
-        place(member);
-        return *this;
-    }
-
     // A record without comparison among the fields.
     template<class Field, class Check>
     Layout& field(Field Record::*member, const Check& check, std::true_type)
@@ -242,7 +235,7 @@ void KvPlanRecordsLayoutTest::planNode()
         .field<QStringList>(&KvPlanNode::reservedList, {})
         .field<QStringList>(&KvPlanNode::documentIds, {})
         .field<QList<KvDocument>>(&KvPlanNode::documents, none, by)
-        .field<qint64>(&KvPlanNode::reservedTail) // its default is left open
+        .field<qint64>(&KvPlanNode::reservedTail, 0)
         .field<QMap<QString, QStringList>>(&KvPlanNode::materialBills, {});
     QCOMPARE(layout.complaint(57), QString());
 }
@@ -321,32 +314,32 @@ void KvPlanRecordsLayoutTest::statistics()
     QCOMPARE(quantity.complaint(6), QString());
 }
 
-// Callers fill the conditions, so their defaults are left open; the types and the order are not.
+// Callers fill the conditions; a fresh one holds what the header says.
 void KvPlanRecordsLayoutTest::planCondition()
 {
     Layout<KvPlanCondition> layout;
-    layout.field<bool>(&KvPlanCondition::allTime)
-        .field<QDateTime>(&KvPlanCondition::startDate)
-        .field<QDateTime>(&KvPlanCondition::endDate)
-        .field<QString>(&KvPlanCondition::name)
-        .field<QString>(&KvPlanCondition::category);
+    layout.field<bool>(&KvPlanCondition::allTime, false)
+        .field<QDateTime>(&KvPlanCondition::startDate, {})
+        .field<QDateTime>(&KvPlanCondition::endDate, {})
+        .field<QString>(&KvPlanCondition::name, {})
+        .field<QString>(&KvPlanCondition::category, {});
     QCOMPARE(layout.complaint(5), QString());
 }
 
 void KvPlanRecordsLayoutTest::planNodeCondition()
 {
     Layout<KvPlanNodeCondition> layout;
-    layout.field<bool>(&KvPlanNodeCondition::allTime)
-        .field<QDateTime>(&KvPlanNodeCondition::startDate)
-        .field<QDateTime>(&KvPlanNodeCondition::endDate)
-        .field<QString>(&KvPlanNodeCondition::name)
-        .field<int>(&KvPlanNodeCondition::listType)
-        .field<bool>(&KvPlanNodeCondition::withoutPlan)
-        .field<QString>(&KvPlanNodeCondition::planId)
-        .field<QString>(&KvPlanNodeCondition::userId)
-        .field<QString>(&KvPlanNodeCondition::relativeUserId)
-        .field<int>(&KvPlanNodeCondition::finishState)
-        .field<QString>(&KvPlanNodeCondition::category);
+    layout.field<bool>(&KvPlanNodeCondition::allTime, false)
+        .field<QDateTime>(&KvPlanNodeCondition::startDate, {})
+        .field<QDateTime>(&KvPlanNodeCondition::endDate, {})
+        .field<QString>(&KvPlanNodeCondition::name, {})
+        .field<int>(&KvPlanNodeCondition::listType, 0)
+        .field<bool>(&KvPlanNodeCondition::withoutPlan, false)
+        .field<QString>(&KvPlanNodeCondition::planId, {})
+        .field<QString>(&KvPlanNodeCondition::userId, {})
+        .field<QString>(&KvPlanNodeCondition::relativeUserId, {})
+        .field<int>(&KvPlanNodeCondition::finishState, 0)
+        .field<QString>(&KvPlanNodeCondition::category, {});
     QCOMPARE(layout.complaint(11), QString());
 }
 
