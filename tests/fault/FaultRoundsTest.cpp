@@ -21,7 +21,8 @@
 #include <QtTest/QtTest>
 
 #if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/allocator_interface.h>
+// Every sanitizer's runtime has it; GCC comes without the header that says so.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #elif defined(Q_OS_LINUX)
 #include <malloc.h>
 #endif
