@@ -98,7 +98,12 @@ bool ServiceProcess::start(const QStringList& arguments)
 bool ServiceProcess::stop(int timeoutMs)
 {
     terminate();
-    return waitForEnd(timeoutMs);
+    const bool ended = waitForEnd(timeoutMs);
+    if (!ended) {
+        // What a sanitizer found in the service stands there alone.
+        qWarning("%s\n%s", qPrintable(m_failure), log().right(20000).constData());
+    }
+    return ended;
 }
 
 void ServiceProcess::terminate()
