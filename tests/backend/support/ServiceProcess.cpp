@@ -98,12 +98,7 @@ bool ServiceProcess::start(const QStringList& arguments)
 bool ServiceProcess::stop(int timeoutMs)
 {
     terminate();
-    const bool ended = waitForEnd(timeoutMs);
-    if (!ended) {
-        // What a sanitizer found in the service stands there alone.
-        qWarning("%s\n%s", qPrintable(m_failure), log().right(20000).constData());
-    }
-    return ended;
+    return waitForEnd(timeoutMs);
 }
 
 void ServiceProcess::terminate()
@@ -118,7 +113,12 @@ bool ServiceProcess::waitForEnd(int timeoutMs)
         return false;
     }
     m_failure = QStringLiteral("planservice ended with code %1").arg(m_process.exitCode());
-    return m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
+    const bool good = m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
+    if (!good) {
+        // What a sanitizer found in the service stands there alone.
+        qWarning("%s\n%s", qPrintable(m_failure), log().right(20000).constData());
+    }
+    return good;
 }
 
 void ServiceProcess::kill()
