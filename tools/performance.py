@@ -64,8 +64,9 @@ def machine():
     ]
     for package in ("libsimdjson-dev", "nlohmann-json3-dev", "libcurl4-openssl-dev", "libsqlite3-0"):
         versions.append(f"{package} {output('dpkg-query', '-W', '-f', '${Version}', package)}")
+    today = datetime.datetime.now(datetime.timezone.utc).date()
     return "\n".join([
-        f"- measured on {datetime.datetime.now(datetime.timezone.utc).date().isoformat()}, commit {output('git', 'rev-parse', '--short', 'HEAD')}",
+        f"- measured on {today.isoformat()}, commit {output('git', 'rev-parse', '--short', 'HEAD')}",
         f"- {processor.group(1) if processor else platform.machine()}, {len(output('nproc')) and output('nproc')}"
         f" processors, {int(memory.group(1)) // 1048576} GiB",
         f"- {platform.system()} {platform.release().split('-')[0]}, " + ", ".join(versions),
