@@ -83,7 +83,8 @@ private Q_SLOTS:
         const qint64 process = service.processId();
         MixedLoad load(6, m_seed + 1);
         const int all = rounds(2);
-        for (int round = 0; round < all; ++round) {
+        // Once more when nobody had asked while the server was away, as may be on a busy machine.
+        for (int round = 0; round < all || (round < 10 * all && load.counts().refused == 0); ++round) {
             load.start(service.port());
             QVERIFY(load.waitForChanges(random.bounded(3, 20)));
             // Now and then the program says that it failed, though the server went and came. Whether it did
