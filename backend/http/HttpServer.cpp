@@ -9,6 +9,8 @@
 
 #include <http_parser.h>
 
+#include <sys/socket.h>
+
 #include <algorithm>
 #include <atomic>
 #include <csignal>
@@ -163,8 +165,10 @@ private:
             .socket_options_setter([](restinio::socket_options_t& options) {
                 options.set_option(asio::ip::tcp::no_delay(true));
             })
-            .acceptor_post_bind_hook(
-                [this](asio::ip::tcp::acceptor& acceptor) { m_port = acceptor.local_endpoint().port(); })
+            .acceptor_post_bind_hook([this](asio::ip::tcp::acceptor& acceptor) {
+                m_port = acceptor.local_endpoint().port();
+                m_listener = acceptor.native_handle();
+            })
             .request_handler([this](const restinio::request_handle_t& request) { return accept(request); });
         return settings;
     }
@@ -290,7 +294,11 @@ private:
         m_stopping = true;
         m_stopBy = Clock::now() + m_settings.stopTimeout;
         m_arriveBy = Clock::now() + m_settings.arrivalTimeout;
-        m_server.close_async([this] { stopWhenIdle(); }, [this](std::exception_ptr) { m_context.stop(); });
+        // The kernel refuses newcomers from here on. The acceptor itself is closed when all threads have
+        // ended: one of them may be about to take a connection from it, and an acceptor is not made for both
+        // at a time.
+        ::shutdown(m_listener, SHUT_RDWR);
+        stopWhenIdle();
     }
 
     void stopWhenIdle()
@@ -314,6 +322,7 @@ private:
     RequestHandler m_handler;
     AccessLog& m_log;
     quint16 m_port = 0;
+    asio::ip::tcp::acceptor::native_handle_type m_listener = -1;
     std::atomic<int> m_atWork{0};
     std::atomic<bool> m_stopping{false};
     Clock::time_point m_stopBy;

@@ -318,6 +318,36 @@ private Q_SLOTS:
         }
     }
 
+    // While the service stops, one of its threads may be about to take a connection.
+    void aStopIsNotDisturbedByNewcomers()
+    {
+        for (int round = 0; round < 5; ++round) {
+            ServiceProcess service;
+            QVERIFY2(service.start({"--create"_s}), qPrintable(service.failure()));
+            std::atomic<int> taken{0};
+            std::vector<std::thread> newcomers;
+            for (int i = 0; i < 4; ++i) {
+                newcomers.emplace_back([&] {
+                    for (;;) {
+                        QTcpSocket socket;
+                        socket.connectToHost(QHostAddress(QHostAddress::LocalHost), service.port());
+                        if (!socket.waitForConnected()) {
+                            return;
+                        }
+                        resetHard(socket);
+                        ++taken;
+                    }
+                });
+            }
+            QTRY_VERIFY(taken > 100);
+            const bool stopped = service.stop();
+            for (std::thread& newcomer : newcomers) {
+                newcomer.join();
+            }
+            QVERIFY2(stopped, qPrintable(service.failure()));
+        }
+    }
+
     void aStopDoesNotWaitForWhoSaysNoMore()
     {
         ServiceProcess service;
