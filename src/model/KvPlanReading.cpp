@@ -119,9 +119,14 @@ void readPredecessors(const QCborArray& in, KvPlanNode& out, KvDecodePool& pool)
 {
     static const auto* const empty = new KvPlanPredecessor; // for good, as the fields
     out.predecessors.reserve(out.predecessors.size() + int(in.size()));
+    QString successor; // mostly the node itself, for each of its links: one text for all
     for (const QCborValue& element : in) {
         out.predecessors.append(*empty);
-        readPredecessor(element.toMap(), out.predecessors.last(), pool);
+        KvPlanPredecessor& link = out.predecessors.last();
+        readPredecessor(element.toMap(), link, pool);
+        if (!successor.isEmpty() && link.targetPlanNodeUniqueId == successor)
+            link.targetPlanNodeUniqueId = successor;
+        successor = link.targetPlanNodeUniqueId;
     }
 }
 

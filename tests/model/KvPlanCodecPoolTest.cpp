@@ -118,6 +118,7 @@ private Q_SLOTS:
     void repeatedListIsShared();
     void repeatedBillStatesAreShared();
     void repeatedBillsAndModelIdsAreShared();
+    void linksOfANodeShareItsNumber();
     void sharedTextIsStillOnesOwn();
     void poolsDoNotKnowEachOther();
 };
@@ -296,6 +297,29 @@ void KvPlanCodecPoolTest::repeatedBillsAndModelIdsAreShared()
         QCOMPARE(node.links.value(QStringLiteral("model 1")), QStringList(QStringLiteral("e%1").arg(i)));
         QVERIFY(node.links.firstKey().constData() == plan.planNodes.at(0).links.firstKey().constData());
     }
+}
+
+void KvPlanCodecPoolTest::linksOfANodeShareItsNumber()
+{
+    const auto link = [](const QJsonValue& successor) {
+        return QJsonObject{{QStringLiteral("TargetPlanNodeUniqueID"), successor}};
+    };
+    KvPlanNode node;
+    Kv::jsonObjectToPlanNode(
+        {{QStringLiteral("predecessors"),
+          QJsonArray{link(QStringLiteral("1006")), link(QStringLiteral("1006")), link(QStringLiteral("1007")),
+                     link(QString(QLatin1String(""))), link(QJsonValue())}}},
+        node);
+    const auto successor = [&](int i) -> const QString& {
+        return node.predecessors.at(i).targetPlanNodeUniqueId;
+    };
+    QCOMPARE(successor(0), QStringLiteral("1006"));
+    QCOMPARE(successor(1), QStringLiteral("1006"));
+    QVERIFY(successor(1).constData() == successor(0).constData());
+    QCOMPARE(successor(2), QStringLiteral("1007"));
+    // What is empty stays what it is.
+    QVERIFY(successor(3).isEmpty() && !successor(3).isNull());
+    QVERIFY(successor(4).isNull());
 }
 
 void KvPlanCodecPoolTest::sharedTextIsStillOnesOwn()
