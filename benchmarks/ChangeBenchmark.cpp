@@ -2,7 +2,8 @@
 // of their ids up in an equal map. In the shared case the nodes share their text with the cache, as those
 // that a host keeps from a read do; in the apart case both were read by themselves; the shuffled ones are in
 // no order. The processor has other things in its caches each time, as after a host's own work: what 10,000
-// nodes would leave there would make them look quicker, one by one, than a million.
+// nodes would leave there would make them look quicker, one by one, than a million. And how other walks over
+// the same nodes grow: telling apart what is to be created and updated, and the models of what is cached.
 
 #include "RatioMain.h"
 #include "SamplePlan.h"
@@ -28,7 +29,7 @@ constexpr int nodesARead = 10000;
 // A facade with so many cached nodes, the nodes, and a map like its cache.
 struct Cached
 {
-    const KvPlanData* facade;
+    KvPlanData* facade;
     QList<KvPlanNode> nodes;
     QMap<QString, KvPlanNode> map;
 };
@@ -84,6 +85,35 @@ void hasChanged(benchmark::State& state, const Cached* cached)
     }
 }
 
+// Every node was edited.
+void distribute(benchmark::State& state, const Cached* cached)
+{
+    QList<KvPlanNode> edited = cached->nodes;
+    for (KvPlanNode& node : edited)
+        node.planWorkload += 1;
+    for (auto _ : state) {
+        forget(state);
+        QList<KvPlanNode> toCreate;
+        QList<KvPlanNode> toUpdate;
+        QStringList toDelete;
+        cached->facade->distributePlanNodes(edited, toCreate, toUpdate, toDelete);
+        if (toUpdate.size() != edited.size())
+            return state.SkipWithError("an edited node does not count as changed");
+    }
+}
+
+void relatedModels(benchmark::State& state, const Cached* cached)
+{
+    const QStringList planIds{cached->nodes.first().planId};
+    for (auto _ : state) {
+        forget(state);
+        QStringList modelIds;
+        cached->facade->getPlanRelateModelInfo(planIds, modelIds);
+        if (modelIds.isEmpty())
+            return state.SkipWithError("no model was found");
+    }
+}
+
 void lookUp(benchmark::State& state, const Cached* cached)
 {
     for (auto _ : state) {
@@ -122,6 +152,12 @@ int main(int argc, char* argv[])
     for (const int rounds : {1, 10, 100}) {
         nodes += readRounds(server, sample, nodes.size() / nodesARead, rounds);
         add("shared", nodes, 1.5);
+        for (const auto& [name, function] : {std::pair{"distributePlanNodes", distribute},
+                                             std::pair{"getPlanRelateModelInfo", relatedModels}}) {
+            const std::string size = "/" + std::to_string(nodes.size());
+            benchmark::RegisterBenchmark((name + size).c_str(), function, &all.back())
+                ->Unit(benchmark::kMicrosecond);
+        }
         if (rounds != 10)
             continue;
         QList<KvPlanNode> shuffled = nodes;
@@ -132,5 +168,7 @@ int main(int argc, char* argv[])
     readRounds(server, sample, 0, 10);
     add("apart", nodes.mid(0, 10 * nodesARead), 0);
     growth("hasChanged", "hasChanged shared", {10000, 100000, 1000000}, 1.1);
+    for (const char* name : {"distributePlanNodes", "getPlanRelateModelInfo"})
+        growth(name, name, {10000, 100000, 1000000}, 1.1);
     return runBenchmarks(argc, argv);
 }

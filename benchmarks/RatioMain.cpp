@@ -19,16 +19,23 @@ class MedianReporter;
 // Whether only the processor time of this thread counts, which what else the machine does hardly changes.
 bool byProcessorTime = false;
 
-// A line of the closing table; 0 when what it needs was filtered out on the command line.
+using Figure = std::function<double(const MedianReporter&)>;
+
+// A line of the closing table; its figure is 0 when what it needs was filtered out on the command line.
 struct Line
 {
     std::string title;
-    std::function<double(const MedianReporter&)> figure;
+    Figure figure;
     double target;
-    double bound;
-
-    double limit() const { return bound > 0 ? bound : target; }
+    Figure bound;
 };
+
+Figure always(double value)
+{
+    return [value](const MedianReporter&) {
+        return value;
+    };
+}
 
 std::vector<Line>& lines()
 {
@@ -82,17 +89,19 @@ bool printLines(const std::string& path, const MedianReporter& reporter)
         const double ratio = line.figure(reporter);
         if (ratio <= 0)
             continue;
+        const double bound = line.bound(reporter);
+        const double limit = bound > 0 ? bound : line.target;
         std::printf("ratio  %-52s %6.2f", line.title.c_str(), ratio);
         if (line.target > 0)
             std::printf("   target %.2f%s", line.target, ratio > line.target ? " missed" : "");
-        if (line.bound > 0)
-            std::printf("   bound %.2f", line.bound);
-        if (line.limit() > 0 && ratio > line.limit()) {
+        if (bound > 0)
+            std::printf("   bound %.2f", bound);
+        if (limit > 0 && ratio > limit) {
             std::printf("   ABOVE");
             above = true;
         }
         std::printf("\n");
-        kept << program << '\t' << line.title << '\t' << ratio << '\t' << line.target << '\t' << line.bound
+        kept << program << '\t' << line.title << '\t' << ratio << '\t' << line.target << '\t' << bound
              << '\n';
     }
     return above;
@@ -100,15 +109,34 @@ bool printLines(const std::string& path, const MedianReporter& reporter)
 
 } // namespace
 
+namespace {
+
+Figure ratioOf(const std::string& benchmark, const std::string& reference)
+{
+    return [=](const MedianReporter& reporter) {
+        const double divisor = reporter.median(reference);
+        return divisor > 0 ? reporter.median(benchmark) / divisor : 0;
+    };
+}
+
+} // namespace
+
 void compare(const std::string& title, const std::string& benchmark, const std::string& reference,
              double target, double bound)
 {
-    lines().push_back({title,
-                       [=](const MedianReporter& reporter) {
-                           const double divisor = reporter.median(reference);
-                           return divisor > 0 ? reporter.median(benchmark) / divisor : 0;
-                       },
-                       target, bound});
+    lines().push_back({title, ratioOf(benchmark, reference), target, always(bound)});
+}
+
+void compareWithLeast(const std::string& title, const std::string& benchmark, const std::string& reference,
+                      const std::string& least, double target)
+{
+    const Figure leastRatio = ratioOf(least, reference);
+    const auto bound = [=](const MedianReporter& reporter) {
+        const double ratio = leastRatio(reporter);
+        return ratio > target ? 1.2 * ratio : 0;
+    };
+    lines().push_back({title, ratioOf(benchmark, reference), target, bound});
+    lines().push_back({"least of " + title, leastRatio, 0, always(0)});
 }
 
 void growth(const std::string& title, const std::string& benchmark, const std::vector<int>& sizes,
@@ -134,12 +162,12 @@ void growth(const std::string& title, const std::string& benchmark, const std::v
         const double count = double(sizes.size());
         return (count * xy - x * y) / (count * xx - x * x);
     };
-    lines().push_back({"growth, " + title, exponent, target, bound});
+    lines().push_back({"growth, " + title, exponent, target, always(bound)});
 }
 
 void report(const std::string& title, double ratio, double target)
 {
-    lines().push_back({title, [=](const MedianReporter&) { return ratio; }, target, 0});
+    lines().push_back({title, always(ratio), target, always(0)});
 }
 
 void stayOnOneProcessor()

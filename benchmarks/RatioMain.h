@@ -15,6 +15,12 @@
 void compare(const std::string& title, const std::string& benchmark, const std::string& reference,
              double target, double bound = 0);
 
+/// The same where a benchmark @p least shows the least that the work takes, and a second line for that one.
+/// Where the least itself is above the target, the target cannot be met, and the bound is a fifth above the
+/// least, both as this run measures them.
+void compareWithLeast(const std::string& title, const std::string& benchmark, const std::string& reference,
+                      const std::string& least, double target);
+
 /// One line more: the exponent with which the time of a benchmark grows from size to size, fitted over
 /// "@p benchmark/SIZE" of all @p sizes: 1 is linear.
 ///

@@ -50,6 +50,6 @@ int main(int argc, char* argv[])
     const std::vector<int> sizes = {2000, 20000, 200000};
     for (const int elements : sizes)
         benchmark::RegisterBenchmark("take", take)->Arg(elements)->Unit(benchmark::kMillisecond);
-    growth("take a plan, elements", "take", sizes, 1.35);
+    growth("take a plan, elements", "take", sizes, 1.15);
     return runBenchmarks(argc, argv);
 }

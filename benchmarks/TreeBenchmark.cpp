@@ -1,4 +1,5 @@
-// Making a tree of a flat list and the other way round, against sorting the same list by its rows.
+// Making a tree of a flat list and the other way round, against sorting the same list by its rows; and how
+// other walks over lists and trees of nodes grow.
 
 #include "RatioMain.h"
 
@@ -108,6 +109,45 @@ void makeFlat(benchmark::State& state, Shape shape)
     }
 }
 
+void findCycles(benchmark::State& state, Shape shape)
+{
+    const QList<KvPlanNode> nodes = plan(shape, int(state.range(0)));
+    for (auto _ : state) {
+        if (!KvPlanDataUtils::findParentCycles(nodes).isEmpty())
+            return state.SkipWithError("there is a circle");
+    }
+}
+
+void addWithDescendants(benchmark::State& state, Shape shape)
+{
+    for (auto _ : state) {
+        state.PauseTiming();
+        QList<KvPlanNode> tree = plan(shape, int(state.range(0)));
+        KvPlanDataUtils::makePlanNodeListTree(tree);
+        KvPlanNode root = std::move(tree.first());
+        QList<KvPlanNode> flat;
+        state.ResumeTiming();
+        KvPlanDataUtils::addPlanNode(std::move(root), flat);
+        state.PauseTiming();
+        flat.clear();
+        tree.clear();
+        state.ResumeTiming();
+    }
+}
+
+// To a parent that is not there, so that every node is looked at.
+void attachToNobody(benchmark::State& state, Shape shape)
+{
+    QList<KvPlanNode> tree = plan(shape, int(state.range(0)));
+    KvPlanDataUtils::makePlanNodeListTree(tree);
+    KvPlanNode orphan;
+    orphan.parentTaskId = int(state.range(0));
+    for (auto _ : state) {
+        if (KvPlanDataUtils::attachChildNode(orphan, tree))
+            return state.SkipWithError("a parent was found");
+    }
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -125,7 +165,7 @@ int main(int argc, char* argv[])
                                        ->Arg(nodes)
                                        ->Unit(benchmark::kMicrosecond);
                 if (nodes == 1000000)
-                    registered->Iterations(1)->Repetitions(3);
+                    registered->Iterations(1);
             }
             compare("tree / std::sort" + of + size, "tree" + of + size, "sort" + of + size, 2.0);
             compare("flat / std::sort" + of + size, "flat" + of + size, "sort" + of + size, 1.5);
@@ -136,6 +176,15 @@ int main(int argc, char* argv[])
         for (const char* name : {"tree", "flat"})
             growth(name + of, name + of, sizes, 1.15, bound);
         growth("sort" + of, "sort" + of, sizes, 0);
+    }
+    const std::pair<const char*, void (*)(benchmark::State&, Shape)> walks[] = {
+        {"findParentCycles", findCycles},
+        {"addPlanNode", addWithDescendants},
+        {"attachChildNode", attachToNobody}};
+    for (const auto& [name, function] : walks) {
+        for (const int nodes : sizes)
+            benchmark::RegisterBenchmark(name, function, Bushy)->Arg(nodes)->Unit(benchmark::kMicrosecond);
+        growth(name, name, sizes, 1.1);
     }
     return runBenchmarks(argc, argv);
 }
