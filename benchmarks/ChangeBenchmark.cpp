@@ -66,20 +66,10 @@ Cached cachedNow(const QList<KvPlanNode>& nodes)
     return cached;
 }
 
-void forget(benchmark::State& state)
-{
-    state.PauseTiming();
-    static std::vector<char> other(std::size_t(128) << 20);
-    for (std::size_t at = 0; at < other.size(); at += 64)
-        ++other[at];
-    benchmark::DoNotOptimize(other.data());
-    state.ResumeTiming();
-}
-
 void hasChanged(benchmark::State& state, const Cached* cached)
 {
     for (auto _ : state) {
-        forget(state);
+        fillCaches(state);
         if (cached->facade->hasChanged(cached->nodes))
             return state.SkipWithError("a node counts as changed");
     }
@@ -92,7 +82,7 @@ void distribute(benchmark::State& state, const Cached* cached)
     for (KvPlanNode& node : edited)
         node.planWorkload += 1;
     for (auto _ : state) {
-        forget(state);
+        fillCaches(state);
         QList<KvPlanNode> toCreate;
         QList<KvPlanNode> toUpdate;
         QStringList toDelete;
@@ -106,7 +96,7 @@ void relatedModels(benchmark::State& state, const Cached* cached)
 {
     const QStringList planIds{cached->nodes.first().planId};
     for (auto _ : state) {
-        forget(state);
+        fillCaches(state);
         QStringList modelIds;
         cached->facade->getPlanRelateModelInfo(planIds, modelIds);
         if (modelIds.isEmpty())
@@ -117,7 +107,7 @@ void relatedModels(benchmark::State& state, const Cached* cached)
 void lookUp(benchmark::State& state, const Cached* cached)
 {
     for (auto _ : state) {
-        forget(state);
+        fillCaches(state);
         for (const KvPlanNode& node : cached->nodes) {
             if (cached->map.constFind(node.id) == cached->map.constEnd())
                 return state.SkipWithError("a node was not found");

@@ -184,11 +184,12 @@ struct Operation
 {
     const char* name;
     void (*run)(benchmark::State&, const Sample*);
+    double exponent = 1.1;
 };
 
 constexpr Operation reading[] = {{"getPlanNodesByPlanIds", getPlanNodesByPlanIds},
                                  {"getPlanNodeRangeData", getPlanNodeRangeData},
-                                 {"getAllPlanNodes", getAllPlanNodes}};
+                                 {"getAllPlanNodes", getAllPlanNodes, 1.15}}; // sorted by finish
 constexpr Operation writing[] = {
     {"createPlan", createPlan},       {"updatePlan", updatePlan},
     {"copyPlanById", copyPlanById},   {"updatePlanNodes", updatePlanNodes},
@@ -223,7 +224,7 @@ int main(int argc, char* argv[])
                 ->UseRealTime()
                 ->Unit(benchmark::kMillisecond);
         }
-        growth(operation.name, operation.name, sizes, 1.1);
+        growth(operation.name, operation.name, sizes, operation.exponent);
     };
     for (const Operation& operation : reading)
         add(operation, read);

@@ -1,5 +1,6 @@
 #include "RatioMain.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -184,6 +185,31 @@ void stayOnOneProcessor()
 #endif
 }
 
+void fillCaches(benchmark::State& state)
+{
+    state.PauseTiming();
+    static std::vector<char> other(std::size_t(128) << 20);
+    for (std::size_t at = 0; at < other.size(); at += 64)
+        ++other[at];
+    benchmark::DoNotOptimize(other.data());
+    state.ResumeTiming();
+}
+
+namespace {
+
+// What a million nodes leave of memory and caches would make smaller plans look slower, and each time by
+// another factor, so they come last.
+bool isMillionMeasured()
+{
+    const std::string ending = "/1000000";
+    return std::any_of(lines().begin(), lines().end(), [&](const Line& line) {
+        return line.title.size() > ending.size() &&
+               line.title.compare(line.title.size() - ending.size(), ending.size(), ending) == 0;
+    });
+}
+
+} // namespace
+
 int runBenchmarks(int argc, char* argv[])
 {
     std::vector<std::string> words = {argv[0],
@@ -202,7 +228,12 @@ int runBenchmarks(int argc, char* argv[])
         return 2;
 
     MedianReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
+    if (!benchmark::GetBenchmarkFilter().empty() || !isMillionMeasured()) {
+        benchmark::RunSpecifiedBenchmarks(&reporter);
+    } else {
+        benchmark::RunSpecifiedBenchmarks(&reporter, "-/1000000(/|$)");
+        benchmark::RunSpecifiedBenchmarks(&reporter, "/1000000(/|$)");
+    }
 
     const bool above = printLines(argv[0], reporter);
     return above || reporter.hasFailed() ? 1 : 0;

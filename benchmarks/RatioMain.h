@@ -39,6 +39,10 @@ int printReports(const std::string& program);
 /// measure: it would have to share the processor, and its time would not count.
 void stayOnOneProcessor();
 
+/// Has the processor's caches hold other things, as after a host's own work, while the clock of @p state
+/// stands: what a small list would leave there would make it look quicker, one by one, than a large one.
+void fillCaches(benchmark::State& state);
+
 /// Runs all benchmarks of the program nine times each, in turns, and prints the medians and the ratios.
 ///
 /// The lines also go to the file that the environment variable KV_RATIOS names, behind what it holds:

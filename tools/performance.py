@@ -75,7 +75,7 @@ def machine():
 
 def row(title, ratio, target, bound):
     missed = " (missed)" if target and ratio > target else ""
-    return f"| {title} | {ratio:.2f} | {f'{target:g}' + missed if target else '-'} | {f'{bound:g}' if bound else '-'} |"
+    return f"| {title} | {ratio:.2f} | {f'{target:g}' + missed if target else '-'} | {f'{bound:.3g}' if bound else '-'} |"
 
 
 def table(ratios, program):
