@@ -82,6 +82,21 @@ void readLag(const QCborMap& in, KvDuration& out)
     out.units = members.number();
 }
 
+// The members of a link have other names in the two formats, but stand in the same order.
+template<class Successor>
+void readLink(const QCborMap& in, const Keys& keys, KvPlanPredecessor& out, Pool& pool, Successor successor)
+{
+    Members members(in, keys);
+    readLag(members.next().toMap(), out.lag);
+    out.sourcePlanNodeId = members.number();
+    out.sourcePlanNodeName = pool.shared(members.text());
+    out.sourcePlanNodeUniqueId = members.number();
+    out.targetPlanNodeId = members.number();
+    out.targetPlanNodeName = pool.shared(members.text());
+    out.targetPlanNodeUniqueId = successor(members);
+    out.type = members.number();
+}
+
 class PlanReader
 {
 public:
@@ -219,20 +234,11 @@ private:
         out.reserve(int(in.size()));
         for (const QCborValue& value : in) {
             out.append(fresh);
-            KvPlanPredecessor& link = out.last();
-            const QCborMap map = value.toMap();
-            Members members(map, keys);
-            readLag(members.next().toMap(), link.lag);
-            link.sourcePlanNodeId = members.number();
-            link.sourcePlanNodeName = m_pool.shared(members.text());
-            link.sourcePlanNodeUniqueId = members.number();
-            link.targetPlanNodeId = members.number();
-            link.targetPlanNodeName = m_pool.shared(members.text());
-            const QString successor = members.text();
-            link.targetPlanNodeUniqueId = out.size() > 1 && out.first().targetPlanNodeUniqueId == successor
-                                              ? out.first().targetPlanNodeUniqueId
-                                              : successor;
-            link.type = members.number();
+            readLink(value.toMap(), keys, out.last(), m_pool, [&](Members& members) {
+                const QString successor = members.text();
+                return out.first().targetPlanNodeUniqueId == successor ? out.first().targetPlanNodeUniqueId
+                                                                       : successor;
+            });
         }
     }
 
@@ -250,7 +256,7 @@ public:
     {
     }
 
-    void readTask(const QCborMap& in, KvPlanNode& out)
+    void readNode(const QCborMap& in, KvPlanNode& out)
     {
         static const Keys keys =
             keysOf({"Duration", "DurationText", "Finish", "FinishSlack", "FinishText", "GUID", "ID",
@@ -292,46 +298,36 @@ private:
         }();
         for (const QCborValue& value : in) {
             out.append(fresh);
-            KvPlanPredecessor& link = out.last();
-            const QCborMap map = value.toMap();
-            Members members(map, keys);
-            readLag(members.next().toMap(), link.lag);
-            link.sourcePlanNodeId = members.number();
-            link.sourcePlanNodeName = m_pool.shared(members.text());
-            link.sourcePlanNodeUniqueId = members.number();
-            link.targetPlanNodeId = members.number();
-            link.targetPlanNodeName = m_pool.shared(members.text());
-            link.targetPlanNodeUniqueId = bytes[members.number() & 0xff];
-            link.type = members.number();
+            readLink(value.toMap(), keys, out.last(), m_pool,
+                     [](Members& members) { return bytes[members.number() & 0xff]; });
         }
     }
 
     Pool m_pool;
 };
 
+template<class Reader>
+void readNodes(const QJsonValue& in, KvPlan& out)
+{
+    const QCborArray nodes = QCborArray::fromJsonArray(in.toArray());
+    Reader reader(int(nodes.size()));
+    const KvPlanNode fresh;
+    out.planNodes.reserve(int(nodes.size()));
+    for (const QCborValue& node : nodes) {
+        out.planNodes.append(fresh);
+        reader.readNode(node.toMap(), out.planNodes.last());
+    }
+}
+
 } // namespace
 
-// What a plan has beside its nodes is one in a thousand, and left to the library.
+// What a plan has beside its nodes is one in a thousand, and left out.
 void readLeast(const QJsonObject& in, KvPlan& out)
 {
-    const QCborArray tasks = QCborArray::fromJsonArray(in.value(QLatin1String("tasks")).toArray());
-    PlanReader reader(int(tasks.size()));
-    const KvPlanNode fresh;
-    out.planNodes.reserve(int(tasks.size()));
-    for (const QCborValue& task : tasks) {
-        out.planNodes.append(fresh);
-        reader.readNode(task.toMap(), out.planNodes.last());
-    }
+    readNodes<PlanReader>(in.value(QLatin1String("tasks")), out);
 }
 
 void readLeastExchange(const QJsonObject& in, KvPlan& out)
 {
-    const QCborArray tasks = QCborArray::fromJsonArray(in.value(QLatin1String("AllTasks")).toArray());
-    ExchangeReader reader(int(tasks.size()));
-    const KvPlanNode fresh;
-    out.planNodes.reserve(int(tasks.size()));
-    for (const QCborValue& task : tasks) {
-        out.planNodes.append(fresh);
-        reader.readTask(task.toMap(), out.planNodes.last());
-    }
+    readNodes<ExchangeReader>(in.value(QLatin1String("AllTasks")), out);
 }
