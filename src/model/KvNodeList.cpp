@@ -58,10 +58,4 @@ void fetchChildList(const KvPlanNode& node)
     static_cast<void>(size);
 }
 
-void fetch(const QString& text)
-{
-    const volatile ushort first = text.isEmpty() ? 0 : text.constData()->unicode();
-    static_cast<void>(first);
-}
-
 } // namespace Kv

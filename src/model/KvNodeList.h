@@ -30,8 +30,6 @@ KvPlanNode& appendMoved(QList<KvPlanNode>& list, KvPlanNode& node);
 void fetch(const KvPlanNode& node);
 /// The same for the list of its children, but not for these.
 void fetchChildList(const KvPlanNode& node);
-/// The same for a text that is no longer than a few words.
-void fetch(const QString& text);
 
 /// How many nodes are best fetched together.
 constexpr int FetchCount = 16;

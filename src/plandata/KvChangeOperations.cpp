@@ -2,11 +2,11 @@
 
 #include <plandata/KvPlanData.h>
 
-#include <model/KvNodeList.h>
 #include <plandata/KvPlanNodeComparison.h>
 
 #include <QtCore/QSet>
 
+#include <algorithm>
 #include <iterator>
 
 namespace {
@@ -44,16 +44,6 @@ private:
     QMap<QString, KvPlanNode>::const_iterator m_next;
 };
 
-// Some nodes from this one on, together with their ids: in arbitrary order each would be waited for.
-void fetchFrom(const QList<KvPlanNode>& nodes, int first)
-{
-    const int end = qMin(first + Kv::FetchCount, nodes.size());
-    for (int i = first; i < end; ++i)
-        Kv::fetch(nodes.at(i));
-    for (int i = first; i < end; ++i)
-        Kv::fetch(nodes.at(i).id);
-}
-
 } // namespace
 
 // Nothing keeps a flag of changes; existing hosts call this and count on the answer.
@@ -65,13 +55,8 @@ bool KvPlanData::hasChanged() const
 bool KvPlanData::hasChanged(const QList<KvPlanNode>& nodes) const
 {
     CachedNodes cached(m_planNodeCache);
-    for (int i = 0; i < nodes.size(); ++i) {
-        if (i % Kv::FetchCount == 0)
-            fetchFrom(nodes, i);
-        if (isNew(nodes.at(i)) || cached.isEdited(nodes.at(i)))
-            return true;
-    }
-    return false;
+    return std::any_of(nodes.cbegin(), nodes.cend(),
+                       [&](const KvPlanNode& node) { return isNew(node) || cached.isEdited(node); });
 }
 
 void KvPlanData::distributePlanNodes(const QList<KvPlanNode>& nodes, QList<KvPlanNode>& toCreate,
@@ -79,10 +64,7 @@ void KvPlanData::distributePlanNodes(const QList<KvPlanNode>& nodes, QList<KvPla
 {
     Q_UNUSED(toDeleteIds) // no rule says that a node is to be deleted; the parameter is part of the interface
     CachedNodes cached(m_planNodeCache);
-    for (int i = 0; i < nodes.size(); ++i) {
-        if (i % Kv::FetchCount == 0)
-            fetchFrom(nodes, i);
-        const KvPlanNode& node = nodes.at(i);
+    for (const KvPlanNode& node : nodes) {
         if (isNew(node))
             toCreate.append(node);
         else if (cached.isEdited(node))
